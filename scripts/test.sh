@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# The whole test suite: installs what is missing, builds everything, starts Xvfb when there is
+# no display, runs the Linux tests, checks both DLLs' export tables and runs the Windows tests
+# under Wine.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/deps.sh
+scripts/build.sh
+source scripts/xvfb.sh
+
+ctest --test-dir build --output-on-failure
+scripts/check_exports.sh
+
+echo "test: all passed"

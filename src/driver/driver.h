@@ -1,0 +1,81 @@
+// Driver frame: property tables, last error, debug log and file layer, rendering context,
+// display modes, frame cycle and teardown. All of it is module-wide state in `driver`.
+#pragma once
+
+#include "norvgl.h"
+
+#include <cstdarg>
+#include <cstdint>
+
+#if defined(__GNUC__)
+#define NVGL_PRINTF(fmt, args) __attribute__((format(printf, fmt, args)))
+#else
+#define NVGL_PRINTF(fmt, args)
+#endif
+
+namespace norvgl {
+
+inline constexpr int kDriverPropertyCount = 8;
+// The eight render properties and a ninth slot that index 8 stores into; nothing acts on it.
+inline constexpr int kRenderPropertyCount = 9;
+// One debug-log entry, CR LF and terminator included.
+inline constexpr int kLogLineSize = 2048;
+// Detail text of an error report, terminator included.
+inline constexpr int kErrorDetailSize = 2048;
+
+struct DriverState {
+    std::intptr_t properties[kDriverPropertyCount];
+    std::int32_t renderProperties[kRenderPropertyCount];
+    std::int32_t lastError;
+    // Client size captured by GFX_Init; read by the frame reset and screen-space drawing.
+    std::int32_t clientWidth;
+    std::int32_t clientHeight;
+    // Last ObjectId issued; shared by every kind of object.
+    std::uint32_t objectIdCounter;
+    // Which half of the depth range the next frame uses.
+    bool depthPhase;
+};
+
+extern DriverState driver;
+
+inline bool renderingEnabled() { return driver.properties[PROP_ENABLED] != 0; }
+
+// Library entry: banner, property tables, last error. Run once when the library is loaded.
+void libraryAttach();
+
+// Properties and errors.
+void ReportError(std::int32_t code, const char* detailFormat, ...) NVGL_PRINTF(2, 3);
+void getLastError(char* title, char* details);
+std::intptr_t getProperty(std::uint32_t index);
+int setProperty(std::uint32_t index, std::intptr_t value);
+int getRenderProperty(std::int32_t index);
+int setRenderProperty(std::int32_t index, std::int32_t value);
+
+// Debug log and files.
+enum FileMode : std::uint32_t { FILE_READ = 1, FILE_WRITE = 2, FILE_APPEND = 4 };
+int DebugLog(const char* format, ...) NVGL_PRINTF(1, 2);
+int DebugLogV(const char* format, std::va_list args);
+int FileOpen(std::intptr_t* handle, const char* name, std::uint32_t mode);
+int FileClose(std::intptr_t handle);
+std::uint32_t FileSize(std::intptr_t handle);
+int FileRead(void* destination, std::uint32_t count, std::intptr_t handle);
+int FileReadAll(void** block, std::uint32_t count, std::intptr_t handle);
+int FileWrite(const void* source, std::uint32_t count, std::intptr_t handle);
+int MemAlloc(std::uint32_t count, void** block);
+int MemFree(void** block);
+double ClockSeconds();
+
+// Rendering context, display modes, teardown.
+int initContext();
+int enumResolutions(DisplayModeRecord* mode);
+int setResolution(const DisplayModeRecord* mode);
+int destroyContext();
+int unloadAll();
+std::uint32_t nextObjectId();
+
+// Frame cycle.
+int beginRender();
+int endRender();
+int setClearColor(float red, float green, float blue, float alpha);
+
+} // namespace norvgl

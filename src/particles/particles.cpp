@@ -1,0 +1,10 @@
+// Particle systems: the end-of-frame pass that draws the systems requested in the frame.
+#include "manager3d/manager3d.h"
+
+namespace norvgl {
+
+// No entry that creates or requests a particle system is exported by this build, so a frame
+// never holds one to draw.
+void Particle_DrawAll() {}
+
+} // namespace norvgl

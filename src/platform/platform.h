@@ -1,0 +1,52 @@
+// The narrow interface between the driver core and the operating system: the host window's
+// device and rendering contexts, display modes, files, ticks. One implementation per system.
+#pragma once
+
+#include <cstdint>
+
+namespace norvgl::platform {
+
+// Device context: takes the host window named by `window`, chooses and sets the closest
+// pixel format (RGBA, double-buffered, 16-bit colour and depth asked for). False when no
+// such format can be set on it, which includes a window handle that names no window.
+bool attachWindow(std::intptr_t window);
+// Creates the rendering context on the attached window and makes it current. Results are
+// not examined by the caller: a context that could not be made leaves GL calls without effect.
+void createContext();
+// Client size of the attached window in pixels.
+void clientSize(std::int32_t& width, std::int32_t& height);
+void swapBuffers();
+// Makes no context current and deletes the rendering context; false when either step fails.
+// True when there is no context.
+bool releaseContext();
+// Gives the device context back to the window; false when that fails. True when none is held.
+bool releaseWindow(std::intptr_t window);
+
+// Display modes of the screen, in the system's order.
+struct DisplayMode {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t bits = 0;
+    std::uintptr_t native = 0; // the system's own handle of the mode
+};
+bool displayMode(std::uint32_t index, DisplayMode& mode);
+bool testDisplayMode(const DisplayMode& mode);
+void changeDisplayMode(const DisplayMode& mode);
+// Back to the mode saved by the system (the registry on Windows; on X11 the mode current
+// before the driver's first change).
+void restoreDisplayMode();
+
+// Files: handles live in pointer-sized slots.
+bool fileOpenRead(const char* name, std::intptr_t& handle);
+bool fileOpenWrite(const char* name, std::intptr_t& handle);
+bool fileOpenAppend(const char* name, std::intptr_t& handle);
+void fileClose(std::intptr_t handle);
+std::uint64_t fileSize(std::intptr_t handle);
+// Bytes moved, or -1 on error.
+std::int64_t fileRead(std::intptr_t handle, void* destination, std::uint32_t count);
+std::int64_t fileWrite(std::intptr_t handle, const void* source, std::uint32_t count);
+
+// Milliseconds since system start, wrapping at 32 bits.
+std::uint32_t tickMilliseconds();
+
+} // namespace norvgl::platform

@@ -1,0 +1,168 @@
+// Property tables, the last error and its texts, the debug log and the file layer.
+#include "driver/driver.h"
+#include "driver/messages.h"
+#include "support/driver_fixture.h"
+
+#include <cstring>
+#include <string>
+
+using namespace norvgl;
+using nvtest::DriverTest;
+
+namespace {
+
+std::string errorReport(int code, const char* detail) {
+    return std::string("Norvgl: Error report: ") + kErrorTable[code].title + ": " +
+           kErrorTable[code].details + "\r\nError details: " + detail + "\r\n";
+}
+
+} // namespace
+
+TEST_F(DriverTest, LoadStateHasNamesDefaultsAndNoError) {
+    EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_NAME)),
+                 "Norvash OpenGL Driver");
+    EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_VERSION)),
+                 "8.29.00.1");
+    for (unsigned i = 2; i < 8; ++i)
+        EXPECT_EQ(GFX_GetProperty(i), (i == PROP_SPARE || i == PROP_ENABLED) ? -1 : 0) << i;
+    for (int i = 0; i < 9; ++i)
+        EXPECT_EQ(GFX_GetRenderProperty(i), (i == 2 || i == 3) ? -1 : 0) << i;
+
+    char title[ERROR_TITLE_SIZE] = "x", details[ERROR_DETAILS_SIZE] = "x";
+    GFX_GetLastError(title, details);
+    EXPECT_STREQ(title, "No error has occured");
+    EXPECT_STREQ(details, "No error has occured");
+    EXPECT_EQ(log(), "***********************************\r\nNORVGL.DLL Entry Point\r\n");
+}
+
+TEST_F(DriverTest, BadPropertyIndexIsReportedAndStoresNothing) {
+    EXPECT_EQ(GFX_SetProperty(8, 1234), 1);
+    EXPECT_EQ(GFX_GetProperty(8), 1);
+    EXPECT_EQ(GFX_GetRenderProperty(9), 1);
+    EXPECT_EQ(GFX_GetRenderProperty(-1), 1);
+    EXPECT_EQ(GFX_SetRenderProperty(9, 5), 1);
+    EXPECT_EQ(GFX_GetProperty(0x80000000u), 1);
+    char title[ERROR_TITLE_SIZE];
+    GFX_GetLastError(title, nullptr);
+    EXPECT_STREQ(title, "Bad property");
+    const std::string one = errorReport(ERR_BAD_PROPERTY, "(none)");
+    EXPECT_EQ(log().substr(log().size() - one.size()), one);
+    EXPECT_NE(log().find(one), std::string::npos);
+    // Six bad calls, six reports of two lines each, after the two banner lines.
+    std::size_t lines = 0;
+    for (std::size_t at = log().find("\r\n"); at != std::string::npos;
+         at = log().find("\r\n", at + 2))
+        ++lines;
+    EXPECT_EQ(lines, 2u + 6u * 2u);
+}
+
+TEST_F(DriverTest, PropertiesStoreAnyValueAndErrorsStayUntilReplaced) {
+    EXPECT_EQ(GFX_SetProperty(PROP_SPARE, 77), 0);
+    EXPECT_EQ(GFX_GetProperty(PROP_SPARE), 77);
+    GFX_SetProperty(99, 0);
+    EXPECT_EQ(GFX_SetProperty(PROP_NO_TEXTURES, 1), 0); // a success does not clear the error
+    char title[ERROR_TITLE_SIZE];
+    GFX_GetLastError(title, nullptr);
+    EXPECT_STREQ(title, "Bad property");
+    EXPECT_EQ(GFX_SetRenderProperty(8, 42), 0); // the stored ninth slot
+    EXPECT_EQ(GFX_GetRenderProperty(8), 42);
+    EXPECT_EQ(GFX_SetRenderProperty(RPROP_SPARE, 3), 0);
+    EXPECT_EQ(GFX_GetRenderProperty(RPROP_SPARE), 3);
+}
+
+TEST_F(DriverTest, ReportErrorIgnoresUnknownCodesAndLeavesBuffersForNegativeOnes) {
+    ReportError(ERR_FILE_NOT_FOUND, "file %s", "a.bmp");
+    ReportError(11, "never");
+    char title[ERROR_TITLE_SIZE];
+    GFX_GetLastError(title, nullptr);
+    EXPECT_STREQ(title, "File not found");
+    EXPECT_EQ(log().find("never"), std::string::npos);
+    EXPECT_NE(log().find("Error details: file a.bmp\r\n"), std::string::npos);
+
+    const std::string before = log();
+    ReportError(-3, nullptr);
+    std::strcpy(title, "untouched");
+    char details[ERROR_DETAILS_SIZE] = "untouched";
+    GFX_GetLastError(title, details);
+    EXPECT_STREQ(title, "untouched");
+    EXPECT_STREQ(details, "untouched");
+    EXPECT_EQ(log(), before);
+}
+
+TEST_F(DriverTest, UnsupportedAndEmptyEntries) {
+    EXPECT_EQ(GFX_UnloadPicture(1), 1);
+    EXPECT_EQ(GFX_SetDevice(), 1);
+    EXPECT_EQ(GFX_TestRenderState(1, 2, 3), 1);
+    char title[ERROR_TITLE_SIZE];
+    GFX_GetLastError(title, nullptr);
+    EXPECT_STREQ(title, "Feature not supported");
+    EXPECT_NE(log().find(errorReport(ERR_NOT_SUPPORTED, "(none)")), std::string::npos);
+
+    GFX_SetProperty(12, 0); // last error now "Bad property"
+    EXPECT_EQ(GFX_LoadIndexedMesh(1, 2, 3), 1);
+    GFX_GetLastError(title, nullptr);
+    EXPECT_STREQ(title, "Bad property");
+    EXPECT_EQ(GFX_Print(1, "x"), 0);
+    EXPECT_EQ(GFX_Resize(10, 10), 0);
+    EXPECT_EQ(GFX_SetBlitArea(), 0);
+}
+
+TEST_F(DriverTest, LogLinesAppendWithCrLfAndLongLinesAreCut) {
+    const std::string before = log();
+    DebugLog("one");
+    DebugLog("two %d", 2);
+    DebugLog("%s", "three");
+    const std::string three = "one\r\ntwo 2\r\nthree\r\n";
+    EXPECT_EQ(log(), before + three);
+
+    const std::string longText(5000, 'x');
+    DebugLog("%s", longText.c_str());
+    const std::string all = log();
+    const std::string last = all.substr(before.size() + three.size());
+    EXPECT_EQ(last.size(), 2045u + 2u);
+    EXPECT_EQ(last.substr(2045), "\r\n");
+
+    ReportError(ERR_UNKNOWN, "%s", longText.c_str());
+    EXPECT_EQ(log().substr(log().size() - 2), "\r\n");
+}
+
+TEST_F(DriverTest, FileLayer) {
+    std::intptr_t handle = 12345;
+    EXPECT_EQ(FileOpen(&handle, "missing.bin", FILE_READ), 1);
+    EXPECT_EQ(FileOpen(&handle, "any.bin", 0), 1);
+    EXPECT_EQ(FileOpen(&handle, "any.bin", 8 | 64), 1);
+    EXPECT_EQ(handle, 12345);
+
+    ASSERT_EQ(FileOpen(&handle, "data.bin", FILE_WRITE), 0);
+    EXPECT_EQ(FileWrite("abcdef", 6, handle), 0);
+    FileClose(handle);
+    ASSERT_EQ(FileOpen(&handle, "data.bin", FILE_READ | FILE_WRITE), 0);
+    EXPECT_EQ(FileSize(handle), 6u);
+    void* block = nullptr;
+    EXPECT_EQ(FileReadAll(&block, 6, handle), 0);
+    EXPECT_EQ(std::memcmp(block, "abcdef", 6), 0);
+    EXPECT_EQ(FileRead(block, 1, handle), 1); // at the end: a short read fails
+    FileClose(handle);
+    EXPECT_EQ(MemFree(&block), 0);
+    EXPECT_EQ(block, nullptr);
+    EXPECT_EQ(MemFree(&block), 1);
+    EXPECT_EQ(FileReadAll(nullptr, 6, handle), 1);
+
+    ASSERT_EQ(FileOpen(&handle, "data.bin", FILE_APPEND), 0);
+    FileWrite("gh", 2, handle);
+    FileClose(handle);
+    EXPECT_EQ(nvtest::readFile("data.bin"), "abcdefgh");
+    // With several mode bits the lowest decides: writing, which truncates.
+    ASSERT_EQ(FileOpen(&handle, "data.bin", FILE_APPEND | FILE_WRITE), 0);
+    FileClose(handle);
+    EXPECT_EQ(nvtest::readFile("data.bin"), "");
+}
+
+TEST_F(DriverTest, ClockSecondsUsesTheSinglePrecisionMillisecondFactor) {
+    const double a = ClockSeconds();
+    const double b = ClockSeconds();
+    EXPECT_GE(b, a);
+    // Every value is a whole tick count times 0.001f widened, not 0.001.
+    const double ticks = a / static_cast<double>(0.001f);
+    EXPECT_DOUBLE_EQ(ticks, static_cast<double>(static_cast<std::uint32_t>(ticks + 0.5)));
+}

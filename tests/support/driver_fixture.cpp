@@ -1,0 +1,54 @@
+// Per-test directory and a fresh driver; window tests attach the driver to a real window.
+#include "support/driver_fixture.h"
+
+#include "driver/driver.h"
+#include "platform/gl_table.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+namespace nvtest {
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+void DriverTest::SetUp() {
+    previous_ = std::filesystem::current_path().string();
+    char pattern[] = "/tmp/norvgl-test-XXXXXX";
+    const char* made = mkdtemp(pattern);
+    ASSERT_NE(made, nullptr);
+    directory_ = made;
+    std::filesystem::current_path(directory_);
+    norvgl::loadGlTable();
+    norvgl::libraryAttach();
+}
+
+void DriverTest::TearDown() {
+    std::filesystem::current_path(previous_);
+    std::error_code ignored;
+    std::filesystem::remove_all(directory_, ignored);
+}
+
+std::string DriverTest::log() const { return readFile(directory_ + "/debuglog.txt"); }
+
+void WindowTest::SetUp() {
+    DriverTest::SetUp();
+    window = std::make_unique<TestWindow>();
+    GFX_SetProperty(PROP_WINDOW, window->handle());
+    ASSERT_EQ(GFX_Init(), 0);
+}
+
+void WindowTest::TearDown() {
+    GFX_Destroy();
+    window.reset();
+    DriverTest::TearDown();
+}
+
+} // namespace nvtest

@@ -1,0 +1,104 @@
+// X11 test windows and front-buffer read-back.
+#include "support/test_window.h"
+
+#include <GL/gl.h>
+#include <X11/Xlib.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace nvtest {
+
+namespace {
+
+Display* openDisplay() {
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        throw std::runtime_error("no X display: set DISPLAY or run through scripts/test.sh");
+    return display;
+}
+
+} // namespace
+
+TestWindow::TestWindow(int width, int height) {
+    Display* display = openDisplay();
+    display_ = display;
+    const int screen = DefaultScreen(display);
+    window_ = XCreateSimpleWindow(display, RootWindow(display, screen), 0, 0,
+                                  static_cast<unsigned>(width), static_cast<unsigned>(height), 0,
+                                  BlackPixel(display, screen), BlackPixel(display, screen));
+    XSelectInput(display, window_, StructureNotifyMask);
+    XMapWindow(display, window_);
+    XEvent event;
+    do
+        XNextEvent(display, &event);
+    while (event.type != MapNotify);
+}
+
+TestWindow::~TestWindow() {
+    auto* display = static_cast<Display*>(display_);
+    XDestroyWindow(display, window_);
+    XCloseDisplay(display);
+}
+
+TestPixmap::TestPixmap() {
+    Display* display = openDisplay();
+    display_ = display;
+    pixmap_ = XCreatePixmap(display, DefaultRootWindow(display), 16, 16,
+                            static_cast<unsigned>(DefaultDepth(display, DefaultScreen(display))));
+    XSync(display, False);
+}
+
+TestPixmap::~TestPixmap() {
+    auto* display = static_cast<Display*>(display_);
+    XFreePixmap(display, pixmap_);
+    XCloseDisplay(display);
+}
+
+InputOnlyWindow::InputOnlyWindow() {
+    Display* display = openDisplay();
+    display_ = display;
+    XSetWindowAttributes attributes = {};
+    window_ = XCreateWindow(display, DefaultRootWindow(display), 0, 0, 64, 64, 0, 0, InputOnly,
+                            CopyFromParent, 0, &attributes);
+    XSync(display, False);
+}
+
+InputOnlyWindow::~InputOnlyWindow() {
+    auto* display = static_cast<Display*>(display_);
+    XDestroyWindow(display, window_);
+    XCloseDisplay(display);
+}
+
+Image readFrontBuffer() {
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    Image image;
+    image.width = viewport[2];
+    image.height = viewport[3];
+    std::vector<Rgba> bottomUp(static_cast<std::size_t>(image.width) * image.height);
+    glReadBuffer(GL_FRONT);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, image.width, image.height, GL_RGBA, GL_UNSIGNED_BYTE, bottomUp.data());
+    image.pixels.resize(bottomUp.size());
+    for (int y = 0; y < image.height; ++y)
+        for (int x = 0; x < image.width; ++x)
+            image.pixels[static_cast<std::size_t>(y) * image.width + x] =
+                bottomUp[static_cast<std::size_t>(image.height - 1 - y) * image.width + x];
+    return image;
+}
+
+bool Image::savePpm(const std::string& path) const {
+    FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file)
+        return false;
+    std::fprintf(file, "P6\n%d %d\n255\n", width, height);
+    for (const Rgba& p : pixels) {
+        const unsigned char rgb[3] = {p.r, p.g, p.b};
+        std::fwrite(rgb, 1, 3, file);
+    }
+    std::fclose(file);
+    return true;
+}
+
+} // namespace nvtest
