@@ -61,11 +61,11 @@ extern "C" {
 #define ERROR_DETAILS_SIZE 165
 
 /* State request mask bits and the packed values they consume, in this order. */
-#define STATE_CULL 1      /* one word: CULL_ */
-#define STATE_DEPTH 2     /* one word: DEPTH_ */
-#define STATE_BLEND 4     /* one word: BLEND_ */
-#define STATE_MATERIAL 8  /* twelve floats: ambient, diffuse, specular RGBA */
-#define STATE_TEXTURE 16  /* one word, low 16 bits: texture name */
+#define STATE_CULL 1     /* one word: CULL_ */
+#define STATE_DEPTH 2    /* one word: DEPTH_ */
+#define STATE_BLEND 4    /* one word: BLEND_ */
+#define STATE_MATERIAL 8 /* twelve floats: ambient, diffuse, specular RGBA */
+#define STATE_TEXTURE 16 /* one word, low 16 bits: texture name */
 
 #define CULL_ON 0
 #define CULL_OFF 2
@@ -149,37 +149,39 @@ NORVGL_API void GFX_UnlockRenderMesh(void);
 NORVGL_API void GFX_Translate(float x, float y, float z);
 NORVGL_API void GFX_Rotate(float angle, float x, float y, float z);
 NORVGL_API void GFX_Scale(float x, float y, float z);
-NORVGL_API void GFX_Look(float eyeX, float eyeY, float eyeZ, float targetX, float targetY, float targetZ,
-              float unused1, float unused2, float unused3);
+NORVGL_API void GFX_Look(float eyeX, float eyeY, float eyeZ, float targetX, float targetY,
+                         float targetZ, float unused1, float unused2, float unused3);
 NORVGL_API int GFX_Untransform(unsigned int count);
 
 /* Geometry: vertices are 8 floats (position xyz, normal xyz, texture st), 32 bytes apart */
 NORVGL_API int GFX_DrawPolygon(int type, unsigned int count, const float* vertices);
 NORVGL_API int GFX_DrawIndexedPolygon(int type, unsigned int count, const float* vertices,
-                           unsigned int indexCount, const unsigned short* indices);
+                                      unsigned int indexCount, const unsigned short* indices);
 NORVGL_API int GFX_DrawBillboard(const float* position, float size);
 
 /* Lights and materials */
 NORVGL_API int GFX_AddLight(unsigned int light, int type, float x, float y, float z);
 NORVGL_API int GFX_SetLightPosition(unsigned int light, float x, float y, float z);
 NORVGL_API int GFX_SetLightColor(unsigned int light, float ambientR, float ambientG, float ambientB,
-                      float diffuseR, float diffuseG, float diffuseB, float specularR,
-                      float specularG, float specularB);
+                                 float diffuseR, float diffuseG, float diffuseB, float specularR,
+                                 float specularG, float specularB);
 NORVGL_API int GFX_RemoveLight(unsigned int light);
-NORVGL_API int GFX_SetMaterialColorEx(float ambientR, float ambientG, float ambientB, float ambientA,
-                           float diffuseR, float diffuseG, float diffuseB, float diffuseA,
-                           float specularR, float specularG, float specularB, float specularA);
+NORVGL_API int GFX_SetMaterialColorEx(float ambientR, float ambientG, float ambientB,
+                                      float ambientA, float diffuseR, float diffuseG,
+                                      float diffuseB, float diffuseA, float specularR,
+                                      float specularG, float specularB, float specularA);
 NORVGL_API int GFX_SetMaterialColor(float ambientR, float ambientG, float ambientB, float diffuseR,
-                         float diffuseG, float diffuseB, float specularR, float specularG,
-                         float specularB);
+                                    float diffuseG, float diffuseB, float specularR,
+                                    float specularG, float specularB);
 
 /* Pictures and text */
-NORVGL_API int GFX_LoadPicture(const char* name, const void* data, unsigned int aux, unsigned int* id,
-                    unsigned int flags);
+NORVGL_API int GFX_LoadPicture(const char* name, const void* data, unsigned int aux,
+                               unsigned int* id, unsigned int flags);
 NORVGL_API int GFX_GetPictureDimensions(unsigned int id, unsigned int* width, unsigned int* height,
-                             unsigned int* extra);
+                                        unsigned int* extra);
 NORVGL_API int GFX_DrawPicture(unsigned int id, int x, int y, int width, int height);
-NORVGL_API int GFX_DrawPictureByProportion(unsigned int id, float x, float y, float width, float height);
+NORVGL_API int GFX_DrawPictureByProportion(unsigned int id, float x, float y, float width,
+                                           float height);
 NORVGL_API int GFX_SelectTexture(unsigned int id);
 NORVGL_API int GFX_SetFontSize(float width, float height);
 NORVGL_API int GFX_SetFontBitmap(unsigned int id);
@@ -188,17 +190,17 @@ NORVGL_API int GFX_EndText(void);
 NORVGL_API int GFX_PrintByProportion(float x, float y, const char* text);
 
 /* Models, meshes, objects, particle systems */
-NORVGL_API int GFX_LoadVRML(int unused1, unsigned int length, const char* text, unsigned int* id, int unused2,
-                 int unused3, int unused4, float* bounds);
+NORVGL_API int GFX_LoadVRML(int unused1, unsigned int length, const char* text, unsigned int* id,
+                            int unused2, int unused3, int unused4, float* bounds);
 NORVGL_API int GFX_LoadMeshIndirect(int type, unsigned int count, const float* positions,
-                         const float* normals, const float* texCoords,
-                         const unsigned short* indices, unsigned int indexCount,
-                         unsigned int pictureId, unsigned int* id);
+                                    const float* normals, const float* texCoords,
+                                    const unsigned short* indices, unsigned int indexCount,
+                                    unsigned int pictureId, unsigned int* id);
 NORVGL_API int GFX_NewObject(unsigned int* id, int type, const EmitterParams* params);
 NORVGL_API int GFX_EndObject(void);
 NORVGL_API int GFX_DrawObject(unsigned int id, float x, float y, float z);
-NORVGL_API int GFX_DrawObjectEx(unsigned int id, float x, float y, float z, int type, unsigned int mask,
-                     const void* values);
+NORVGL_API int GFX_DrawObjectEx(unsigned int id, float x, float y, float z, int type,
+                                unsigned int mask, const void* values);
 NORVGL_API int GFX_SetObjectProperty(unsigned int id, const EmitterParams* params);
 NORVGL_API int GFX_DrawParticleSystem(unsigned int id, float x, float y, float z);
 

@@ -21,8 +21,7 @@ std::string errorReport(int code, const char* detail) {
 TEST_F(DriverTest, LoadStateHasNamesDefaultsAndNoError) {
     EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_NAME)),
                  "Norvash OpenGL Driver");
-    EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_VERSION)),
-                 "8.29.00.1");
+    EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_VERSION)), "8.29.00.1");
     for (unsigned i = 2; i < 8; ++i)
         EXPECT_EQ(GFX_GetProperty(i), (i == PROP_SPARE || i == PROP_ENABLED) ? -1 : 0) << i;
     for (int i = 0; i < 9; ++i)

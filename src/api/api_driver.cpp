@@ -6,26 +6,52 @@ using namespace norvgl;
 
 extern "C" {
 
-void GFX_GetLastError(char* title, char* details) { getLastError(title, details); }
-intptr_t GFX_GetProperty(unsigned int index) { return getProperty(index); }
-int GFX_SetProperty(unsigned int index, intptr_t value) { return setProperty(index, value); }
-int GFX_GetRenderProperty(int index) { return getRenderProperty(index); }
-int GFX_SetRenderProperty(int index, int value) { return setRenderProperty(index, value); }
+void GFX_GetLastError(char* title, char* details) {
+    getLastError(title, details);
+}
+intptr_t GFX_GetProperty(unsigned int index) {
+    return getProperty(index);
+}
+int GFX_SetProperty(unsigned int index, intptr_t value) {
+    return setProperty(index, value);
+}
+int GFX_GetRenderProperty(int index) {
+    return getRenderProperty(index);
+}
+int GFX_SetRenderProperty(int index, int value) {
+    return setRenderProperty(index, value);
+}
 
-int GFX_Init(void) { return initContext(); }
-int GFX_Destroy(void) { return destroyContext(); }
-int GFX_UnloadAll(void) { return unloadAll(); }
-int GFX_EnumResolutions(DisplayModeRecord* mode) { return enumResolutions(mode); }
-int GFX_SetResolution(const DisplayModeRecord* mode) { return setResolution(mode); }
+int GFX_Init(void) {
+    return initContext();
+}
+int GFX_Destroy(void) {
+    return destroyContext();
+}
+int GFX_UnloadAll(void) {
+    return unloadAll();
+}
+int GFX_EnumResolutions(DisplayModeRecord* mode) {
+    return enumResolutions(mode);
+}
+int GFX_SetResolution(const DisplayModeRecord* mode) {
+    return setResolution(mode);
+}
 
-int GFX_BeginRender(void) { return beginRender(); }
-int GFX_EndRender(void) { return endRender(); }
+int GFX_BeginRender(void) {
+    return beginRender();
+}
+int GFX_EndRender(void) {
+    return endRender();
+}
 int GFX_SetClearColor(float red, float green, float blue, float alpha) {
     return setClearColor(red, green, blue, alpha);
 }
 
 // Entries that older hosts call and that have nothing to do: one function under three names.
-int norvgl_EmptyEntry(...) { return 0; }
+int norvgl_EmptyEntry(...) {
+    return 0;
+}
 int GFX_Print(...) __attribute__((alias("norvgl_EmptyEntry")));
 int GFX_Resize(...) __attribute__((alias("norvgl_EmptyEntry")));
 int GFX_SetBlitArea(...) __attribute__((alias("norvgl_EmptyEntry")));
@@ -48,6 +74,8 @@ int GFX_UnloadPicture(...) __attribute__((alias("norvgl_UnsupportedEntry")));
 
 // Indexed meshes come in through GFX_LoadMeshIndirect; this older entry fails without
 // touching the last error.
-int GFX_LoadIndexedMesh(...) { return 1; }
+int GFX_LoadIndexedMesh(...) {
+    return 1;
+}
 
 } // extern "C"

@@ -145,12 +145,14 @@ int GFX_SetLightColor(unsigned int light, float ambientR, float ambientG, float 
     return setLightColor(light, ambient, diffuse, specular);
 }
 
-int GFX_RemoveLight(unsigned int light) { return removeLight(light); }
+int GFX_RemoveLight(unsigned int light) {
+    return removeLight(light);
+}
 
 int GFX_SetMaterialColorEx(float ambientR, float ambientG, float ambientB, float ambientA,
                            float diffuseR, float diffuseG, float diffuseB, float diffuseA,
                            float specularR, float specularG, float specularB, float specularA) {
-    const float colors[12] = {ambientR, ambientG, ambientB, ambientA, diffuseR,  diffuseG,
+    const float colors[12] = {ambientR, ambientG, ambientB,  ambientA,  diffuseR,  diffuseG,
                               diffuseB, diffuseA, specularR, specularG, specularB, specularA};
     return setMaterialColor(colors);
 }
@@ -158,8 +160,8 @@ int GFX_SetMaterialColorEx(float ambientR, float ambientG, float ambientB, float
 int GFX_SetMaterialColor(float ambientR, float ambientG, float ambientB, float diffuseR,
                          float diffuseG, float diffuseB, float specularR, float specularG,
                          float specularB) {
-    return GFX_SetMaterialColorEx(ambientR, ambientG, ambientB, 1.0f, diffuseR, diffuseG,
-                                  diffuseB, 1.0f, specularR, specularG, specularB, 1.0f);
+    return GFX_SetMaterialColorEx(ambientR, ambientG, ambientB, 1.0f, diffuseR, diffuseG, diffuseB,
+                                  1.0f, specularR, specularG, specularB, 1.0f);
 }
 
 } // extern "C"

@@ -28,6 +28,8 @@ int initContext() {
     gl.DepthRange(0.0, 0.5);
     gl.ClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     gl.Enable(GL_CULL_FACE);
+    // The flush's cull cache lives across frames; a new context starts with culling on.
+    m3d.appliedCull = CULL_ON;
     gl.Enable(GL_NORMALIZE);
     gl.EnableClientState(GL_VERTEX_ARRAY);
     gl.EnableClientState(GL_NORMAL_ARRAY);
@@ -50,7 +52,9 @@ int initContext() {
     return 0;
 }
 
-std::uint32_t nextObjectId() { return ++driver.objectIdCounter; }
+std::uint32_t nextObjectId() {
+    return ++driver.objectIdCounter;
+}
 
 int enumResolutions(DisplayModeRecord* mode) {
     if (!mode)

@@ -68,7 +68,7 @@ std::uint32_t FileSize(std::intptr_t handle) {
 
 int FileRead(void* destination, std::uint32_t count, std::intptr_t handle) {
     return platform::fileRead(handle, destination, count) == static_cast<std::int64_t>(count) ? 0
-                                                                                             : 1;
+                                                                                              : 1;
 }
 
 int FileReadAll(void** block, std::uint32_t count, std::intptr_t handle) {
@@ -81,8 +81,7 @@ int FileReadAll(void** block, std::uint32_t count, std::intptr_t handle) {
 }
 
 int FileWrite(const void* source, std::uint32_t count, std::intptr_t handle) {
-    return platform::fileWrite(handle, source, count) == static_cast<std::int64_t>(count) ? 0
-                                                                                             : 1;
+    return platform::fileWrite(handle, source, count) == static_cast<std::int64_t>(count) ? 0 : 1;
 }
 
 int MemAlloc(std::uint32_t count, void** block) {

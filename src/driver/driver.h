@@ -38,7 +38,9 @@ struct DriverState {
 
 extern DriverState driver;
 
-inline bool renderingEnabled() { return driver.properties[PROP_ENABLED] != 0; }
+inline bool renderingEnabled() {
+    return driver.properties[PROP_ENABLED] != 0;
+}
 
 // Library entry: banner, property tables, last error. Run once when the library is loaded.
 void libraryAttach();

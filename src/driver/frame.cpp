@@ -9,7 +9,9 @@ namespace norvgl {
 
 namespace {
 
-void request(std::uint32_t mask, std::uint32_t value) { Manager3D_StateCommand(mask, &value); }
+void request(std::uint32_t mask, std::uint32_t value) {
+    Manager3D_StateCommand(mask, &value);
+}
 
 } // namespace
 

@@ -46,8 +46,7 @@ inline constexpr ErrorEntry kErrorTable[kErrorCount] = {
     {9, "Out of memory",
      "This module has run out of available memory. You may want to try rebooting your system, "
      "or not add so many bitmaps, VRML models or objects to this module."},
-    {10, "Unknown error",
-     "An unknown error has occured. Please contact Norvash if this occurs."},
+    {10, "Unknown error", "An unknown error has occured. Please contact Norvash if this occurs."},
 };
 
 // Render queue.
@@ -57,13 +56,15 @@ inline constexpr char kBatchHeapExhausted[] = "Manager3D Error: Float heap exhau
 inline constexpr char kMatrixHeapExhausted[] = "Matrix heap exhausted";
 inline constexpr char kProjectionStackExhausted[] = "Manager3D Error: projection stack exhausted";
 inline constexpr char kSavedNodesExhausted[] = "Manager3D Error: saved-node stack exhausted";
-inline constexpr char kTrianglesWithoutNormals[] = "Warning: Attempt to draw triangles w/out normals";
+inline constexpr char kTrianglesWithoutNormals[] =
+    "Warning: Attempt to draw triangles w/out normals";
 
 // Parameter checks at the boundary (detail texts of ERR_INVALID_PARAMETER).
 inline constexpr char kNullStateValues[] = "state values are NULL for mask %u";
 inline constexpr char kNullVertices[] = "vertex pointer is NULL for %u vertices";
 inline constexpr char kNullIndices[] = "index pointer is NULL for %u indices";
 inline constexpr char kIndexCountTooLarge[] = "index count %u is above 65535";
-inline constexpr char kIndexOutOfRange[] = "index %u at position %u is not below the vertex count %u";
+inline constexpr char kIndexOutOfRange[] =
+    "index %u at position %u is not below the vertex count %u";
 
 } // namespace norvgl

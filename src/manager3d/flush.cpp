@@ -28,8 +28,8 @@ GLenum arrayMode(std::int32_t primitive) {
     }
 }
 
-void drawTriangles(const DrawBatch& positions, const DrawBatch& normals,
-                   const DrawBatch& texCoords, bool textured) {
+void drawTriangles(const DrawBatch& positions, const DrawBatch& normals, const DrawBatch& texCoords,
+                   bool textured) {
     if (!normals.data) {
         DebugLog("%s", kTrianglesWithoutNormals);
         return;

@@ -13,7 +13,9 @@ namespace {
 constexpr std::int32_t kDirectionalLight = 1;
 constexpr std::int32_t kHighestLightType = 2;
 
-GLenum lightName(std::uint32_t light) { return GL_LIGHT0 + light; }
+GLenum lightName(std::uint32_t light) {
+    return GL_LIGHT0 + light;
+}
 
 } // namespace
 

@@ -73,7 +73,9 @@ bool keyMatches(const StateNode& node, const StateNode& templ, int level) {
 
 } // namespace
 
-bool Manager3D_HeapsReady() { return m3d.stateHeap != nullptr; }
+bool Manager3D_HeapsReady() {
+    return m3d.stateHeap != nullptr;
+}
 
 void Manager3D_FreeHeaps() {
     std::free(m3d.positions);
@@ -90,8 +92,8 @@ void Manager3D_FreeHeaps() {
 int Manager3D_InitHeaps() {
     Manager3D_FreeHeaps();
     if (!allocate(m3d.positions, kVertexHeapFloats) || !allocate(m3d.normals, kVertexHeapFloats) ||
-        !allocate(m3d.texCoords, kVertexHeapFloats) ||
-        !allocate(m3d.stateHeap, kStateHeapNodes) || !allocate(m3d.batchHeap, kBatchHeapRecords))
+        !allocate(m3d.texCoords, kVertexHeapFloats) || !allocate(m3d.stateHeap, kStateHeapNodes) ||
+        !allocate(m3d.batchHeap, kBatchHeapRecords))
         return 1;
     m3d.positionCursor = m3d.normalCursor = m3d.texCoordCursor = 0;
     m3d.batchCursor = 0;
@@ -222,9 +224,17 @@ void Manager3D_PopState() {
     m3d.currentNode = m3d.savedNodes[--m3d.savedCount];
 }
 
-void Manager3D_LockState() { m3d.stateLocked = true; }
-void Manager3D_UnlockState() { m3d.stateLocked = false; }
-void Manager3D_SetTypeOverride(std::int32_t type) { m3d.typeOverride = type; }
-void Manager3D_ClearTypeOverride() { m3d.typeOverride = PRIM_NONE; }
+void Manager3D_LockState() {
+    m3d.stateLocked = true;
+}
+void Manager3D_UnlockState() {
+    m3d.stateLocked = false;
+}
+void Manager3D_SetTypeOverride(std::int32_t type) {
+    m3d.typeOverride = type;
+}
+void Manager3D_ClearTypeOverride() {
+    m3d.typeOverride = PRIM_NONE;
+}
 
 } // namespace norvgl

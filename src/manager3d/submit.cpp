@@ -75,8 +75,8 @@ void expandBillboard(const float* positions, const float* normals) {
     std::memcpy(m3d.texCoords + m3d.texCoordCursor, kCornerTexCoords, sizeof kCornerTexCoords);
 }
 
-DrawBatch* mergeCandidate(std::int32_t type, const std::uint16_t* indices,
-                          std::uint16_t indexCount, int copy) {
+DrawBatch* mergeCandidate(std::int32_t type, const std::uint16_t* indices, std::uint16_t indexCount,
+                          int copy) {
     StateNode* node = m3d.currentNode;
     if (!node->isAppendable || !node->vertexBatches)
         return nullptr;

@@ -125,6 +125,8 @@ void Manager3D_ScreenSpace(bool on) {
     }
 }
 
-const Matrix4* Manager3D_CurrentModelview() { return &m3d.matrixHeap[m3d.currentMatrix]; }
+const Matrix4* Manager3D_CurrentModelview() {
+    return &m3d.matrixHeap[m3d.currentMatrix];
+}
 
 } // namespace norvgl

@@ -9,7 +9,9 @@ namespace {
 
 bool loaded = false;
 
-template <typename F> F* entry(F* function) { return function; }
+template <typename F> F* entry(F* function) {
+    return function;
+}
 
 } // namespace
 

@@ -36,7 +36,9 @@ void DriverTest::TearDown() {
     std::filesystem::remove_all(directory_, ignored);
 }
 
-std::string DriverTest::log() const { return readFile(directory_ + "/debuglog.txt"); }
+std::string DriverTest::log() const {
+    return readFile(directory_ + "/debuglog.txt");
+}
 
 void WindowTest::SetUp() {
     DriverTest::SetUp();

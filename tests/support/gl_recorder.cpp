@@ -37,10 +37,10 @@ template <typename R, typename F> R forward(GlCall call, F&& f) {
     }
 }
 
-#define NVGL_GL(result, name, params, args)                                                     \
-    result NVGL_APIENTRY record_##name params {                                                  \
-        active->log(GlCall::name, numbers(std::make_tuple args));                                 \
-        return forward<result>(GlCall::name, [&] { return active->real().name args; });           \
+#define NVGL_GL(result, name, params, args)                                                        \
+    result NVGL_APIENTRY record_##name params {                                                    \
+        active->log(GlCall::name, numbers(std::make_tuple args));                                  \
+        return forward<result>(GlCall::name, [&] { return active->real().name args; });            \
     }
 #include "platform/gl_funcs.inl"
 #undef NVGL_GL

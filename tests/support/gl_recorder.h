@@ -47,9 +47,12 @@ private:
 
 // The state calls the flush may make between draws.
 inline constexpr std::initializer_list<norvgl::GlCall> kStateCalls = {
-    norvgl::GlCall::Enable,      norvgl::GlCall::Disable,
-    norvgl::GlCall::BlendFunc,   norvgl::GlCall::BindTexture,
-    norvgl::GlCall::TexEnvf,     norvgl::GlCall::EnableClientState,
+    norvgl::GlCall::Enable,
+    norvgl::GlCall::Disable,
+    norvgl::GlCall::BlendFunc,
+    norvgl::GlCall::BindTexture,
+    norvgl::GlCall::TexEnvf,
+    norvgl::GlCall::EnableClientState,
     norvgl::GlCall::DisableClientState};
 
 } // namespace nvtest

@@ -1,8 +1,8 @@
 // X11 test windows and front-buffer read-back.
 #include "support/test_window.h"
 
-#include <GL/gl.h>
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 
 #include <cstdio>
 #include <stdexcept>
@@ -20,7 +20,7 @@ Display* openDisplay() {
 
 } // namespace
 
-TestWindow::TestWindow(int width, int height) {
+TestWindow::TestWindow(int width, int height) : width_(width), height_(height) {
     Display* display = openDisplay();
     display_ = display;
     const int screen = DefaultScreen(display);
@@ -70,21 +70,27 @@ InputOnlyWindow::~InputOnlyWindow() {
     XCloseDisplay(display);
 }
 
-Image readFrontBuffer() {
-    GLint viewport[4] = {};
-    glGetIntegerv(GL_VIEWPORT, viewport);
+Image TestWindow::capture() const {
+    auto* display = static_cast<Display*>(display_);
+    XSync(display, False);
+    XImage* shot = XGetImage(display, window_, 0, 0, static_cast<unsigned>(width_),
+                             static_cast<unsigned>(height_), AllPlanes, ZPixmap);
     Image image;
-    image.width = viewport[2];
-    image.height = viewport[3];
-    std::vector<Rgba> bottomUp(static_cast<std::size_t>(image.width) * image.height);
-    glReadBuffer(GL_FRONT);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, image.width, image.height, GL_RGBA, GL_UNSIGNED_BYTE, bottomUp.data());
-    image.pixels.resize(bottomUp.size());
-    for (int y = 0; y < image.height; ++y)
-        for (int x = 0; x < image.width; ++x)
-            image.pixels[static_cast<std::size_t>(y) * image.width + x] =
-                bottomUp[static_cast<std::size_t>(image.height - 1 - y) * image.width + x];
+    if (!shot)
+        return image;
+    image.width = width_;
+    image.height = height_;
+    image.pixels.resize(static_cast<std::size_t>(width_) * height_);
+    for (int y = 0; y < height_; ++y) {
+        for (int x = 0; x < width_; ++x) {
+            const unsigned long p = XGetPixel(shot, x, y);
+            image.pixels[static_cast<std::size_t>(y) * width_ + x] = {
+                static_cast<std::uint8_t>((p & shot->red_mask) >> 16),
+                static_cast<std::uint8_t>((p & shot->green_mask) >> 8),
+                static_cast<std::uint8_t>(p & shot->blue_mask), 255};
+        }
+    }
+    XDestroyImage(shot);
     return image;
 }
 

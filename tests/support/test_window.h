@@ -30,14 +30,15 @@ public:
     TestWindow& operator=(const TestWindow&) = delete;
 
     std::intptr_t handle() const { return static_cast<std::intptr_t>(window_); }
+    // What the window shows now (the last swapped frame).
+    Image capture() const;
 
 private:
     void* display_ = nullptr;
     unsigned long window_ = 0;
+    int width_ = 0;
+    int height_ = 0;
 };
-
-// The front buffer of the current GL context (what the last swap showed).
-Image readFrontBuffer();
 
 // A pixmap id: a valid X resource that is not a window.
 class TestPixmap {

@@ -39,9 +39,8 @@ void realizePalette(const PIXELFORMATDESCRIPTOR& format) {
     palette->palVersion = 0x300;
     palette->palNumEntries = static_cast<WORD>(entries);
     for (int i = 0; i < entries; ++i) {
-        palette->palPalEntry[i].peRed = format.cRedBits
-                                            ? paletteComponent(i, format.cRedBits, format.cRedShift)
-                                            : 0;
+        palette->palPalEntry[i].peRed =
+            format.cRedBits ? paletteComponent(i, format.cRedBits, format.cRedShift) : 0;
         palette->palPalEntry[i].peGreen =
             format.cGreenBits ? paletteComponent(i, format.cGreenBits, format.cGreenShift) : 0;
         palette->palPalEntry[i].peBlue =
@@ -103,7 +102,9 @@ void clientSize(std::int32_t& width, std::int32_t& height) {
     height = rect.bottom;
 }
 
-void swapBuffers() { SwapBuffers(state.deviceContext); }
+void swapBuffers() {
+    SwapBuffers(state.deviceContext);
+}
 
 bool releaseContext() {
     if (!state.renderingContext)
@@ -159,20 +160,24 @@ void changeDisplayMode(const DisplayMode& mode) {
         ChangeDisplaySettingsA(&settings, 0);
 }
 
-void restoreDisplayMode() { ChangeDisplaySettingsA(nullptr, 0); }
+void restoreDisplayMode() {
+    ChangeDisplaySettingsA(nullptr, 0);
+}
 
 namespace {
 
 bool openFile(const char* name, DWORD access, DWORD disposition, std::intptr_t& handle) {
-    HANDLE file = CreateFileA(name, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
-                              nullptr);
+    HANDLE file =
+        CreateFileA(name, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return false;
     handle = reinterpret_cast<std::intptr_t>(file);
     return true;
 }
 
-HANDLE fileHandle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+HANDLE fileHandle(std::intptr_t handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
 
 } // namespace
 
@@ -191,7 +196,9 @@ bool fileOpenAppend(const char* name, std::intptr_t& handle) {
     return true;
 }
 
-void fileClose(std::intptr_t handle) { CloseHandle(fileHandle(handle)); }
+void fileClose(std::intptr_t handle) {
+    CloseHandle(fileHandle(handle));
+}
 
 std::uint64_t fileSize(std::intptr_t handle) {
     DWORD high = 0;
@@ -213,6 +220,8 @@ std::int64_t fileWrite(std::intptr_t handle, const void* source, std::uint32_t c
     return done;
 }
 
-std::uint32_t tickMilliseconds() { return GetTickCount(); }
+std::uint32_t tickMilliseconds() {
+    return GetTickCount();
+}
 
 } // namespace norvgl::platform

@@ -3,6 +3,8 @@
 
 namespace {
 
-__attribute__((constructor)) void onLibraryLoad() { norvgl::libraryAttach(); }
+__attribute__((constructor)) void onLibraryLoad() {
+    norvgl::libraryAttach();
+}
 
 } // namespace

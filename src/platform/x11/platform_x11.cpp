@@ -150,9 +150,9 @@ bool setCrtcMode(Display* display, RRMode mode) {
         state.modeSaved = true;
     }
     RROutput output = modes.outputId;
-    const Status status = XRRSetCrtcConfig(display, modes.resources, modes.output->crtc,
-                                           CurrentTime, crtc->x, crtc->y, mode, crtc->rotation,
-                                           &output, 1);
+    const Status status =
+        XRRSetCrtcConfig(display, modes.resources, modes.output->crtc, CurrentTime, crtc->x,
+                         crtc->y, mode, crtc->rotation, &output, 1);
     XRRFreeCrtcInfo(crtc);
     return status == RRSetConfigSuccess;
 }
@@ -210,9 +210,9 @@ void clientSize(std::int32_t& width, std::int32_t& height) {
         return;
     XWindowAttributes attributes = {};
     Status status = 0;
-    if (x11::trapped(state.display, [&] {
-            status = XGetWindowAttributes(state.display, state.window, &attributes);
-        }) &&
+    if (x11::trapped(
+            state.display,
+            [&] { status = XGetWindowAttributes(state.display, state.window, &attributes); }) &&
         status) {
         width = attributes.width;
         height = attributes.height;
@@ -256,8 +256,8 @@ bool displayMode(std::uint32_t index, DisplayMode& mode) {
         return false;
     mode.width = info->width;
     mode.height = info->height;
-    mode.bits = static_cast<std::uint32_t>(DefaultDepth(connection.display,
-                                                        DefaultScreen(connection.display)));
+    mode.bits = static_cast<std::uint32_t>(
+        DefaultDepth(connection.display, DefaultScreen(connection.display)));
     mode.native = id;
     return true;
 }
@@ -312,7 +312,9 @@ bool fileOpenAppend(const char* name, std::intptr_t& handle) {
     return true;
 }
 
-void fileClose(std::intptr_t handle) { ::close(static_cast<int>(handle)); }
+void fileClose(std::intptr_t handle) {
+    ::close(static_cast<int>(handle));
+}
 
 std::uint64_t fileSize(std::intptr_t handle) {
     struct stat info = {};

@@ -1,0 +1,135 @@
+// Transform stack: what each transform does to GL's modelview matrix, the slots it takes, and
+// untransform, look-at and screen space.
+#include "driver/driver.h"
+#include "driver/messages.h"
+#include "manager3d/manager3d.h"
+#include "support/driver_fixture.h"
+#include "support/gl_recorder.h"
+
+#include <cmath>
+#include <cstring>
+
+using namespace norvgl;
+using nvtest::GlRecorder;
+
+namespace {
+
+class TransformTest : public nvtest::WindowTest {
+protected:
+    void SetUp() override {
+        WindowTest::SetUp();
+        GFX_BeginRender();
+    }
+    void TearDown() override {
+        GFX_EndRender();
+        WindowTest::TearDown();
+    }
+    static const float* slot(std::uint32_t i) { return m3d.matrixHeap[i].m; }
+};
+
+TEST_F(TransformTest, TranslateScaleAndRotateNegateZOnTheWay) {
+    GlRecorder rec;
+    GFX_Translate(1, 2, 3);
+    GFX_Scale(1, 2, 3);
+    GFX_Rotate(3.14159274f, 0, 0, 1);
+    EXPECT_EQ(rec.texts({GlCall::Translatef, GlCall::Scalef}),
+              (std::vector<std::string>{"glTranslatef(1, 2, -3)", "glScalef(1, 2, 3)"}));
+    const auto rotate = rec.only({GlCall::Rotatef});
+    ASSERT_EQ(rotate.size(), 1u);
+    EXPECT_EQ(static_cast<float>(rotate[0].args[0]), 3.14159274f * 57.29582595825195f);
+    EXPECT_EQ(static_cast<float>(rotate[0].args[0]), 180.00015258789062f);
+    EXPECT_EQ(rotate[0].args[3], -1.0);
+
+    // Three slots taken, each the composed matrix read back.
+    EXPECT_EQ(m3d.currentMatrix, 4u);
+    EXPECT_EQ(m3d.nextMatrix, 5u);
+    EXPECT_FLOAT_EQ(slot(2)[12], 1.0f);
+    EXPECT_FLOAT_EQ(slot(2)[13], 2.0f);
+    EXPECT_FLOAT_EQ(slot(2)[14], -3.0f);
+    EXPECT_FLOAT_EQ(slot(3)[5], 2.0f);
+    EXPECT_FLOAT_EQ(slot(3)[10], 3.0f);
+    EXPECT_NEAR(slot(4)[0], -1.0f, 1e-5);
+    EXPECT_TRUE(rec.glErrors().empty());
+}
+
+TEST_F(TransformTest, UntransformCountsSlotsNotTransforms) {
+    EXPECT_EQ(GFX_Untransform(1), 1); // nothing before slot 1
+    GFX_Translate(5, 0, 0);           // slot 2
+    GFX_Rotate(1.0f, 0, 1, 0);        // slot 3
+    ASSERT_EQ(GFX_Untransform(2), 0); // slot 4 = copy of slot 1
+    EXPECT_EQ(m3d.currentMatrix, 4u);
+    EXPECT_EQ(std::memcmp(slot(4), slot(1), sizeof(Matrix4)), 0);
+    GFX_Translate(0, 7, 0);           // slot 5
+    ASSERT_EQ(GFX_Untransform(2), 0); // slot 6 = copy of slot 3, the undone rotate
+    EXPECT_EQ(std::memcmp(slot(6), slot(3), sizeof(Matrix4)), 0);
+    float loaded[16];
+    glGetFloatv(GL_MODELVIEW_MATRIX, loaded);
+    EXPECT_EQ(std::memcmp(loaded, slot(3), sizeof loaded), 0);
+    EXPECT_EQ(GFX_Untransform(6), 1);
+    EXPECT_EQ(GFX_Untransform(0xFFFFFFFFu), 1);
+    EXPECT_EQ(m3d.currentMatrix, 6u);
+}
+
+TEST_F(TransformTest, LookStraightAlongYTakesTheZBasedUp) {
+    GlRecorder rec;
+    GFX_Look(0, 0, 0, 0, 5, 0, 9, 9, 9);
+    const auto look = rec.only({GlCall::gluLookAt});
+    ASSERT_EQ(look.size(), 1u);
+    EXPECT_EQ(look[0].args, (std::vector<double>{0, 0, -0.0, 0, 5, -0.0, 0, 0, -1}));
+    GFX_Look(1, 2, 3, 1, 2, 3, 0, 0, 0); // eye on target: nothing, no slot
+    EXPECT_EQ(rec.count(GlCall::gluLookAt), 1u);
+    EXPECT_EQ(m3d.currentMatrix, 2u);
+
+    GFX_Look(0, 0, 0, 0, 0, 10, 0, 0, 0); // along z: the y-based up
+    const auto second = rec.only({GlCall::gluLookAt});
+    ASSERT_EQ(second.size(), 2u);
+    EXPECT_EQ(second[1].args[6], 0);
+    EXPECT_EQ(second[1].args[7], 1);
+    EXPECT_EQ(second[1].args[5], -10);
+}
+
+TEST_F(TransformTest, FullMatrixHeapLogsAndKeepsTheLastSlot) {
+    for (std::uint32_t i = 2; i < kMatrixHeapSlots; ++i)
+        GFX_Translate(0, 0, 0);
+    EXPECT_EQ(m3d.currentMatrix, kMatrixHeapSlots - 1);
+    EXPECT_EQ(log().find(kMatrixHeapExhausted), std::string::npos);
+    GFX_Translate(1, 0, 0);
+    EXPECT_EQ(m3d.currentMatrix, kMatrixHeapSlots - 1);
+    EXPECT_EQ(GFX_Untransform(1), 0);
+    EXPECT_EQ(m3d.currentMatrix, kMatrixHeapSlots - 1);
+    EXPECT_NE(log().find(std::string(kMatrixHeapExhausted) + "\r\n"), std::string::npos);
+    EXPECT_EQ(std::memcmp(slot(0), slot(1), sizeof(Matrix4)), 0); // slot 0 still the identity
+}
+
+TEST_F(TransformTest, ScreenSpaceNestsOnTheProjectionStackAndRestores) {
+    GFX_Translate(1, 0, 0);
+    EXPECT_EQ(m3d.projectionIndex, 1u);
+    GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 1);
+    EXPECT_EQ(m3d.currentMatrix, 0u);
+    EXPECT_EQ(m3d.projectionIndex, 2u);
+    EXPECT_EQ(std::memcmp(m3d.projectionStack[2].m, slot(0), sizeof(Matrix4)), 0);
+    GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+    EXPECT_EQ(m3d.currentMatrix, 2u);
+    EXPECT_EQ(m3d.projectionIndex, 1u);
+
+    GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0); // an exit with no entry keeps the perspective
+    EXPECT_EQ(m3d.projectionIndex, 1u);
+    for (int i = 0; i < 10; ++i) // deeper than the stack: bounded
+        GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 1);
+    EXPECT_EQ(m3d.projectionIndex, kProjectionStackDepth - 1);
+    EXPECT_NE(log().find(kProjectionStackExhausted), std::string::npos);
+    for (int i = 0; i < 10; ++i)
+        GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+    EXPECT_EQ(m3d.projectionIndex, 1u);
+}
+
+TEST_F(TransformTest, DisabledRenderingIgnoresTransforms) {
+    GFX_SetProperty(PROP_ENABLED, 0);
+    GFX_Translate(1, 2, 3);
+    GFX_Look(0, 0, 0, 1, 0, 0, 0, 0, 0);
+    EXPECT_EQ(GFX_Untransform(0), 0);
+    EXPECT_EQ(m3d.currentMatrix, 1u);
+    GFX_SetProperty(PROP_ENABLED, -1);
+}
+
+} // namespace
