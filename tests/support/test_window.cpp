@@ -4,6 +4,8 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include "platform/x11/display.h"
+
 #include <cstdio>
 #include <stdexcept>
 
@@ -12,7 +14,7 @@ namespace nvtest {
 namespace {
 
 Display* openDisplay() {
-    Display* display = XOpenDisplay(nullptr);
+    Display* display = norvgl::x11::openDisplay();
     if (!display)
         throw std::runtime_error("no X display: set DISPLAY or run through scripts/test.sh");
     return display;

@@ -2,6 +2,7 @@
 // display connection (its "device context"), renders with GLX on the window's own visual and
 // lists display modes through XRandR.
 #include "platform/platform.h"
+#include "platform/x11/display.h"
 
 #include "platform/gl_headers.h"
 
@@ -29,6 +30,17 @@ struct X11State {
 };
 
 X11State state;
+
+Display* openDisplay() {
+    constexpr int kAttempts = 5;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (Display* display = XOpenDisplay(nullptr))
+            return display;
+        const timespec pause = {0, 2'000'000};
+        nanosleep(&pause, nullptr);
+    }
+    return nullptr;
+}
 
 namespace {
 
@@ -83,7 +95,7 @@ struct ModeConnection {
     bool owned = false;
     ModeConnection() {
         if (!display) {
-            display = XOpenDisplay(nullptr);
+            display = openDisplay();
             owned = display != nullptr;
         }
     }
@@ -167,7 +179,7 @@ using x11::state;
 
 bool attachWindow(std::intptr_t window) {
     x11::closeDisplay();
-    state.display = XOpenDisplay(nullptr);
+    state.display = x11::openDisplay();
     if (!state.display || window == 0)
         return false;
     const Window id = static_cast<Window>(window);
