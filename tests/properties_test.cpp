@@ -165,3 +165,9 @@ TEST_F(DriverTest, ClockSecondsUsesTheSinglePrecisionMillisecondFactor) {
     const double ticks = a / static_cast<double>(0.001f);
     EXPECT_DOUBLE_EQ(ticks, static_cast<double>(static_cast<std::uint32_t>(ticks + 0.5)));
 }
+
+extern "C" int norvgl_header_is_c(void);
+
+TEST(Header, IsUsableFromC) {
+    EXPECT_EQ(norvgl_header_is_c(), 1);
+}
