@@ -10,5 +10,6 @@ source scripts/xvfb.sh
 
 ctest --test-dir build --output-on-failure
 scripts/check_exports.sh
+scripts/wine_tests.sh
 
 echo "test: all passed"
