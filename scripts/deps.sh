@@ -5,11 +5,11 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    libgtest-dev libgmock-dev libbenchmark-dev
+    libgtest-dev libgmock-dev libbenchmark-dev googletest
     libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri libglx-mesa0
     libx11-dev libxrandr-dev libpng-dev
     xvfb xauth x11-utils
-    g++-mingw-w64-i686 g++-mingw-w64-x86-64 wine64 wine
+    g++-mingw-w64-i686 g++-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix wine64 wine
     clang libclang-rt-14-dev llvm
 )
 

@@ -12,5 +12,6 @@ ctest --test-dir build --output-on-failure
 scripts/check_exports.sh
 # The benchmarks are timed only by scripts/bench.sh; here they just have to run.
 build/bench/norvgl_bench --benchmark_min_time=0.01 >/dev/null
+scripts/wine_tests.sh
 
 echo "test: all passed"

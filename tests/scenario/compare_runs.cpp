@@ -1,0 +1,153 @@
+// Compares two runs of the scenario program, each a directory with results.txt, debuglog.txt
+// and the window captures (*.ppm): the same tests, all passed, each with the same log entries;
+// logs of the same lines; the same captures up to a per-channel bound on any pixel.
+//   norvgl_compare_runs REFERENCE OTHER [MAX_CHANNEL_DIFFERENCE]
+#include "image.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+using scenario::Image;
+
+namespace {
+
+std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::set<std::string> captures(const fs::path& directory) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory))
+        if (entry.path().extension() == ".ppm")
+            names.insert(entry.path().filename().string());
+    return names;
+}
+
+// results.txt: a block per test, its "name outcome" line followed by the log lines it caused,
+// indented. Blocks are matched by name: the two programs may run the tests in other orders.
+std::map<std::string, std::string> resultBlocks(const std::string& text) {
+    std::map<std::string, std::string> blocks;
+    std::istringstream in(text);
+    std::string name;
+    for (std::string line; std::getline(in, line);) {
+        if (line.rfind("  ", 0) != 0)
+            name = line.substr(0, line.find(' '));
+        blocks[name] += line + '\n';
+    }
+    return blocks;
+}
+
+bool sameResults(const fs::path& a, const fs::path& b) {
+    const auto left = resultBlocks(readFile(a)), right = resultBlocks(readFile(b));
+    if (left.size() < 2) {
+        std::printf("compare: %s holds no test results\n", a.string().c_str());
+        return false;
+    }
+    bool ok = true;
+    for (const auto& [name, block] : left) {
+        if (name != "(load)" && block.rfind(name + " passed\n", 0) != 0) {
+            std::printf("compare: %s did not pass in %s\n", name.c_str(), a.string().c_str());
+            ok = false;
+        }
+        const auto other = right.find(name);
+        if (other == right.end()) {
+            std::printf("compare: %s did not run in %s\n", name.c_str(), b.string().c_str());
+            ok = false;
+        } else if (other->second != block) {
+            std::printf("compare: %s differs:\n%s---\n%s", name.c_str(), block.c_str(),
+                        other->second.c_str());
+            ok = false;
+        }
+    }
+    for (const auto& [name, block] : right) {
+        if (!left.count(name)) {
+            std::printf("compare: %s ran only in %s\n", name.c_str(), b.string().c_str());
+            ok = false;
+        }
+    }
+    return ok;
+}
+
+// The whole logs hold the same lines, whatever order the tests ran in.
+bool sameLogLines(const fs::path& a, const fs::path& b) {
+    auto sortedLines = [](const std::string& text) {
+        std::vector<std::string> lines;
+        std::istringstream in(text);
+        for (std::string line; std::getline(in, line);)
+            lines.push_back(line);
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    };
+    const std::string left = readFile(a), right = readFile(b);
+    if (left.empty() || left.size() != right.size() || sortedLines(left) != sortedLines(right)) {
+        std::printf("compare: the debug logs %s and %s do not hold the same lines\n",
+                    a.string().c_str(), b.string().c_str());
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3 || argc > 4) {
+        std::fprintf(stderr, "usage: %s REFERENCE OTHER [MAX_CHANNEL_DIFFERENCE]\n", argv[0]);
+        return 2;
+    }
+    const fs::path reference = argv[1], other = argv[2];
+    const int bound = argc == 4 ? std::atoi(argv[3]) : 0;
+
+    bool ok = sameResults(reference / "results.txt", other / "results.txt");
+    ok &= sameLogLines(reference / "debuglog.txt", other / "debuglog.txt");
+
+    const std::set<std::string> names = captures(reference);
+    if (names.empty() || names != captures(other)) {
+        std::printf("compare: the two runs did not capture the same frames (%zu vs %zu)\n",
+                    names.size(), captures(other).size());
+        return 1;
+    }
+    int worstChannel = 0;
+    std::size_t differingPixels = 0, totalPixels = 0;
+    for (const std::string& name : names) {
+        Image a, b;
+        if (!a.loadPpm((reference / name).string()) || !b.loadPpm((other / name).string()) ||
+            a.width != b.width || a.height != b.height) {
+            std::printf("compare: %s: unreadable or of different sizes\n", name.c_str());
+            ok = false;
+            continue;
+        }
+        int channel = 0;
+        std::size_t differing = 0;
+        for (std::size_t i = 0; i < a.pixels.size(); ++i) {
+            const int d = std::max({std::abs(a.pixels[i].r - b.pixels[i].r),
+                                    std::abs(a.pixels[i].g - b.pixels[i].g),
+                                    std::abs(a.pixels[i].b - b.pixels[i].b)});
+            channel = std::max(channel, d);
+            differing += d != 0;
+        }
+        if (channel > bound) {
+            std::printf("compare: %s: a channel differs by %d (bound %d), %zu pixels differ\n",
+                        name.c_str(), channel, bound, differing);
+            ok = false;
+        }
+        worstChannel = std::max(worstChannel, channel);
+        differingPixels += differing;
+        totalPixels += a.pixels.size();
+    }
+    std::printf("compare: %zu captures, largest channel difference %d (bound %d), "
+                "%zu of %zu pixels differ\n",
+                names.size(), worstChannel, bound, differingPixels, totalPixels);
+    return ok ? 0 : 1;
+}

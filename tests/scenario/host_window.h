@@ -1,0 +1,99 @@
+// What a scenario needs of the host's system, implemented once for X11 and once for Win32:
+// a window to hand the driver and a capture of what it shows, handles that name no window,
+// the screen's current mode and a private copy of the driver library loaded at run time.
+#pragma once
+
+#include "image.h"
+
+#include <cstdint>
+#include <string>
+
+namespace scenario {
+
+// A mapped top-level window with a client area of the given size, ready for GFX_Init.
+class HostWindow {
+public:
+    explicit HostWindow(int clientWidth = 640, int clientHeight = 480);
+    ~HostWindow();
+    HostWindow(const HostWindow&) = delete;
+    HostWindow& operator=(const HostWindow&) = delete;
+
+    // The value the host stores in PROP_WINDOW.
+    std::intptr_t handle() const;
+    int clientWidth() const { return width_; }
+    int clientHeight() const { return height_; }
+    // What the window's client area shows now: the last frame the driver swapped to it.
+    Image capture() const;
+
+private:
+    int width_;
+    int height_;
+    void* connection_ = nullptr; // X11: the host's own display connection
+    std::uintptr_t window_ = 0;
+};
+
+// A live system object whose handle names no window (an X pixmap, a Win32 event).
+class NotAWindow {
+public:
+    NotAWindow();
+    ~NotAWindow();
+    NotAWindow(const NotAWindow&) = delete;
+    NotAWindow& operator=(const NotAWindow&) = delete;
+    std::intptr_t handle() const;
+
+private:
+    void* connection_ = nullptr;
+    std::uintptr_t object_ = 0;
+};
+
+// The handle of a window that existed and has been destroyed. The system does not hand the
+// handle out again while this lives.
+class DestroyedWindow {
+public:
+    DestroyedWindow();
+    ~DestroyedWindow();
+    DestroyedWindow(const DestroyedWindow&) = delete;
+    DestroyedWindow& operator=(const DestroyedWindow&) = delete;
+    std::intptr_t handle() const { return static_cast<std::intptr_t>(window_); }
+
+private:
+    void* connection_ = nullptr; // X11: the connection whose ids include the window's
+    std::uintptr_t window_ = 0;
+};
+
+// Whether the calling thread has a GL context current.
+bool glContextCurrent();
+
+// The screen's mode right now, as the driver's display-mode records describe modes.
+struct ScreenMode {
+    unsigned width = 0;
+    unsigned height = 0;
+    unsigned bits = 0;
+};
+ScreenMode currentScreenMode();
+
+// A copy of the driver library that the program links, placed in a directory and loaded from
+// there, so that its load-time entry runs again with that directory current.
+class PrivateLibrary {
+public:
+    explicit PrivateLibrary(const std::string& directory);
+    ~PrivateLibrary();
+    PrivateLibrary(const PrivateLibrary&) = delete;
+    PrivateLibrary& operator=(const PrivateLibrary&) = delete;
+
+    bool loaded() const { return module_ != nullptr; }
+    // Why loading failed, for the test's message.
+    const std::string& error() const { return error_; }
+    // An exported entry of the copy; null when it has none of that name.
+    template <typename F> F* function(const char* name) const {
+        return reinterpret_cast<F*>(symbol(name));
+    }
+
+private:
+    using Entry = void (*)();
+    Entry symbol(const char* name) const;
+    void* module_ = nullptr;
+    std::string error_;
+};
+
+} // namespace scenario
