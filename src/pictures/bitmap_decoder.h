@@ -13,6 +13,10 @@ inline constexpr std::uint32_t kBitmapInfoHeaderSize = 40;
 // File header and info header: nothing shorter can be a bitmap we read.
 inline constexpr std::uint32_t kBitmapMinFileSize = 54;
 
+// Source and target images are limited to this many pixels: an RLE stream of two bytes can
+// announce any size, and the decoded indices are held whole while they are stretched.
+inline constexpr std::uint64_t kBitmapMaxPixels = std::uint64_t{1} << 26;
+
 inline constexpr std::uint32_t kBitmapRgb = 0;  // BI_RGB
 inline constexpr std::uint32_t kBitmapRle8 = 1; // BI_RLE8
 inline constexpr std::uint32_t kBitmapRle4 = 2; // BI_RLE4
@@ -30,7 +34,11 @@ enum class BitmapResult {
     UnsupportedCompression, // not BI_RGB, or an RLE kind that does not fit the depth or row order
     PaletteTruncated,       // the palette reaches past the file size
     PixelsTruncated,        // the pixel rows (BI_RGB) reach past the file size
+    BadPlanes,              // planes 0 in an uncompressed bitmap
+    MissingImageSize,       // an RLE bitmap whose image size field is 0
+    TooLarge,               // more than kBitmapMaxPixels source or target pixels
     BadTarget,              // target width or height 0 or below
+    OutOfMemory,            // a working buffer could not be allocated
 };
 
 // The header facts: what the file says, and where its parts lie.
@@ -61,9 +69,12 @@ BitmapResult parseBitmap(const std::uint8_t* data, std::size_t size, BitmapInfo&
 // Draws the whole image of a parsed bitmap into `out`, a target of `targetWidth` ×
 // `targetHeight` pixels, 4 bytes each (blue, green, red, 0), bottom row first, as a 32-bit
 // bottom-up DIB section holds them. Enlarging repeats source pixels; shrinking combines the
-// pixels that fall together with a bitwise AND, as the default stretch mode does. Pixels
-// that the bits do not reach (RLE end of line, end of bitmap, deltas, a stream that ends
-// early) are left as they were in `out`. Any result other than Ok leaves `out` untouched.
+// pixels that fall together with a bitwise AND, as the default stretch mode (black on white)
+// does; the steps are anchored at the top row and the left column. Palette indices beyond
+// the palette give black. RLE pixels that the stream does not reach (end of line, end of
+// bitmap, deltas, a stream that ends early) keep what `out` held when the target has the
+// bitmap's own size, and take palette entry 0 when the image is stretched. Any result other
+// than Ok leaves `out` untouched.
 BitmapResult stretchBitmap(const std::uint8_t* data, std::size_t size, const BitmapInfo& info,
                            std::int32_t targetWidth, std::int32_t targetHeight, std::uint8_t* out);
 
