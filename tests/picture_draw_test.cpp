@@ -2,6 +2,7 @@
 // defaults, and what reaches the window, for textures and for pictures held as pixels.
 #include "driver/driver.h"
 #include "manager3d/manager3d.h"
+#include "picture_assets.h"
 #include "pictures/pictures.h"
 #include "support/driver_fixture.h"
 #include "support/gl_recorder.h"
@@ -14,6 +15,7 @@ using namespace norvgl;
 using nvtest::GlRecorder;
 using nvtest::Image;
 using nvtest::Rgba;
+namespace assets = norvgl::assets;
 
 namespace {
 
@@ -194,6 +196,73 @@ TEST_F(PictureDrawTest, PixelPictureIsCopiedAtOnceToTheLowerLeftCorner) {
         EXPECT_EQ(image.at(305, 470), kBlack) << frame;
         EXPECT_EQ(image.at(5, 275), kBlack) << frame;
     }
+}
+
+// The whole road from a bitmap in memory to the window.
+TEST_F(PictureDrawTest, LoadedBitmapStandsUprightInTheTopLeftQuarter) {
+    assets::RgbImage image;
+    image.width = image.height = 64;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            image.pixels.push_back(y < 32 ? (x < 32 ? 0xFF0000u : 0x00FF00u)
+                                          : (x < 32 ? 0x0000FFu : 0xFFFFFFu));
+    const auto bytes = assets::writeColorBitmap(image);
+    std::uint32_t id = 0;
+    ASSERT_EQ(GFX_LoadPicture("quadrants.bmp", bytes.data(), 0, &id, 0), 0);
+    GFX_BeginRender();
+    GFX_DrawPicture(id, 0, 0, 320, 240);
+    GFX_EndRender();
+    const Image frame = window->capture();
+    EXPECT_EQ(frame.at(80, 60), kRed);
+    EXPECT_EQ(frame.at(240, 60), kGreen);
+    EXPECT_EQ(frame.at(80, 180), kBlue);
+    EXPECT_EQ(frame.at(240, 180), kWhite);
+    EXPECT_EQ(frame.at(330, 100), kBlack);
+    EXPECT_EQ(frame.at(100, 250), kBlack);
+}
+
+TEST_F(PictureDrawTest, TwoLettersOfTextInTheirCells) {
+    // 16-pixel cells; the top half of the A's cell is white, so a glyph upside down shows.
+    assets::RgbImage fontImage = assets::makeGlyphFont(16);
+    const int ax = 16 * 1, ay = 16 * 4; // code 65: row 4, column 1
+    for (int y = ay + 1; y < ay + 8; ++y)
+        for (int x = ax + 1; x < ax + 15; ++x)
+            fontImage.pixels[static_cast<std::size_t>(y) * 256 + x] = 0xFFFFFF;
+    const auto bytes = assets::writeColorBitmap(fontImage);
+    std::uint32_t id = 0;
+    ASSERT_EQ(GFX_LoadPicture("font.bmp", bytes.data(), 0, &id, 0), 0);
+    GFX_SetFontBitmap(id);
+    GFX_SetFontSize(0.25f, 0.25f); // cells of 160 x 120 pixels
+
+    GFX_BeginRender();
+    GFX_BeginText();
+    GFX_PrintByProportion(0, 0, "AB");
+    GFX_EndText();
+    GFX_EndRender();
+    const Image frame = window->capture();
+    const std::uint32_t a = assets::glyphColor('A'), b = assets::glyphColor('B');
+    const auto colour = [](std::uint32_t c) {
+        return Rgba{static_cast<std::uint8_t>(c >> 16), static_cast<std::uint8_t>(c >> 8),
+                    static_cast<std::uint8_t>(c), 255};
+    };
+    EXPECT_EQ(frame.at(80, 30), kWhite);
+    EXPECT_EQ(frame.at(80, 90), colour(a));
+    EXPECT_EQ(frame.at(240, 30), colour(b));
+    EXPECT_EQ(frame.at(240, 90), colour(b));
+    EXPECT_EQ(frame.at(2, 2), kBlack); // the cell's black frame adds nothing
+    EXPECT_EQ(frame.at(400, 60), kBlack);
+    EXPECT_EQ(frame.at(80, 200), kBlack);
+
+    // A text of spaces draws nothing.
+    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
+    GFX_BeginRender();
+    GFX_BeginText();
+    GFX_PrintByProportion(0, 0, "    ");
+    GFX_EndText();
+    GFX_EndRender();
+    const Image blank = window->capture();
+    EXPECT_EQ(blank.at(80, 30), kBlack);
+    EXPECT_EQ(blank.at(240, 90), kBlack);
 }
 
 } // namespace

@@ -133,8 +133,9 @@ TEST_F(PictureLoadTest, BitmapTexturesAreSquarePowersOfTwo) {
         EXPECT_EQ(pictures.table[id].pixels, nullptr);
         EXPECT_EQ(levelWidth(id, 0), c.side) << c.width << " x " << c.height;
         EXPECT_EQ(levelHeight(id, 0), c.side) << c.width << " x " << c.height;
-        if (c.side)
+        if (c.side) {
             EXPECT_EQ(texels(id, 0)[0], (Texel{255, 0, 0, 255}));
+        }
     }
     EXPECT_EQ(driver.lastError, ERR_NONE);
 }
@@ -185,8 +186,10 @@ TEST_F(PictureLoadTest, PureBlackBecomesTransparent) {
         } else {
             ASSERT_EQ(loadBytes(assets::writeColorBitmap(image), &id), 0);
         }
-        const std::vector<Texel> expected = {{0, 0, 1, 255}, {255, 255, 255, 255}, // bottom
-                                             {0, 0, 0, 0},   {1, 0, 0, 255}};
+        const std::vector<Texel> expected = {{0, 0, 1, 255},
+                                             {255, 255, 255, 255}, // bottom
+                                             {0, 0, 0, 0},
+                                             {1, 0, 0, 255}};
         EXPECT_EQ(texels(id, 0), expected) << (palette ? "8-bit" : "24-bit");
     }
 }
@@ -248,7 +251,8 @@ TEST_F(PictureLoadTest, TdfLevelsAreReadOrGenerated) {
     for (const bool rgb565 : {true, false}) {
         const std::uint16_t texel = rgb565 ? assets::packRgb565(assets::rgb(255, 255, 255))
                                            : assets::packArgb8332(assets::rgb(255, 255, 255));
-        std::vector<std::vector<std::uint16_t>> one = {std::vector<std::uint16_t>(256 * 256, texel)};
+        std::vector<std::vector<std::uint16_t>> one = {
+            std::vector<std::uint16_t>(256 * 256, texel)};
         ASSERT_EQ(loadBytes(assets::writeTdf(rgb565, 256, 256, 1, 1, one), &id), 0);
         const int last = rgb565 ? 8 : 7;
         EXPECT_EQ(levelWidth(id, last), 256 >> last);
