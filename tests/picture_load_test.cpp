@@ -104,6 +104,10 @@ TEST_F(PictureLoadTest, RefusedDataRegistersNothing) {
     auto shortHeader = good;
     shortHeader[14] = 36;
     EXPECT_EQ(loadBytes(shortHeader, &id), 1);
+    assets::IndexedImage tiny{1, 1, {1}};
+    auto huge = assets::writeIndexedBitmap(tiny, {0, 0xFFFFFF}, 8, 1); // RLE8
+    huge[18] = huge[19] = huge[22] = huge[23] = 0x7F; // 32639 x 32639 from a few bytes
+    EXPECT_EQ(loadBytes(huge, &id), 1);
     const std::vector<std::uint8_t> cut(good.begin(), good.end() - 10);
     EXPECT_EQ(loadFile("cut.bmp", cut, &id), 1);
     EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);

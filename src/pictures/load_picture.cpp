@@ -62,9 +62,12 @@ void uploadRgba(GLint level, std::int32_t width, std::int32_t height, const std:
                   GL_UNSIGNED_BYTE, rgba);
 }
 
-// The bitmap's palette and, for uncompressed rows, every row lie inside its file size; the
-// system's conversion is not told where the data ends.
+// The bitmap's palette and, for uncompressed rows, every row lie inside its file size (the
+// system's conversion is not told where the data ends), and its size is one a pixel array
+// can have: a run-length stream of a few bytes can announce any size.
 bool bitmapBitsFit(const BitmapInfo& info) {
+    if (static_cast<std::uint64_t>(info.width) * info.absHeight > kBitmapMaxPixels)
+        return false;
     if (info.bitsOffset > info.fileSize)
         return false;
     if (info.compression != kBitmapRgb)
