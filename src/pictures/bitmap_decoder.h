@@ -74,7 +74,9 @@ BitmapResult parseBitmap(const std::uint8_t* data, std::size_t size, BitmapInfo&
 // the palette give black. RLE pixels that the stream does not reach (end of line, end of
 // bitmap, deltas, a stream that ends early) keep what `out` held when the target has the
 // bitmap's own size, and take palette entry 0 when the image is stretched. Any result other
-// than Ok leaves `out` untouched.
+// than Ok leaves `out` untouched, as a failed StretchDIBits leaves a fresh (zeroed) section.
+// `info` must come from parseBitmap on the same data; one that does not fit it is refused
+// as Truncated.
 BitmapResult stretchBitmap(const std::uint8_t* data, std::size_t size, const BitmapInfo& info,
                            std::int32_t targetWidth, std::int32_t targetHeight, std::uint8_t* out);
 

@@ -20,6 +20,7 @@ enum class TdfFormat : std::int32_t {
     Argb8332 = 2,
 };
 
+// Every refusal but OutOfMemory is invalid file data to the loader.
 enum class TdfResult {
     Ok,
     BadHeader,     // a line too long or unterminated, wrong magic, unknown format, failed scan
