@@ -2,6 +2,7 @@
 // its initial GL state and projection; teardown gives all of it back.
 #include "driver/driver.h"
 #include "manager3d/manager3d.h"
+#include "pictures/pictures.h"
 #include "platform/gl_table.h"
 #include "platform/platform.h"
 
@@ -100,6 +101,7 @@ int setResolution(const DisplayModeRecord* wanted) {
 int unloadAll() {
     if (driver.objectIdCounter > 0)
         gl.DeleteLists(1, static_cast<GLsizei>(driver.objectIdCounter));
+    UnloadPictures();
     driver.objectIdCounter = 0;
     return 0;
 }

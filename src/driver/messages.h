@@ -59,6 +59,11 @@ inline constexpr char kSavedNodesExhausted[] = "Manager3D Error: saved-node stac
 inline constexpr char kTrianglesWithoutNormals[] =
     "Warning: Attempt to draw triangles w/out normals";
 
+// Picture loading.
+inline constexpr char kUnknownBitmapType[] = "Unknown bitmap type: %s!";
+inline constexpr char kBitmapBitsUnsupported[] = "Could not create bitmap: bits = %d";
+inline constexpr char kNoDibSection[] = "Norvgl: Could not create DIB section";
+
 // Parameter checks at the boundary (detail texts of ERR_INVALID_PARAMETER).
 inline constexpr char kNullStateValues[] = "state values are NULL for mask %u";
 inline constexpr char kNullVertices[] = "vertex pointer is NULL for %u vertices";

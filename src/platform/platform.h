@@ -2,7 +2,12 @@
 // device and rendering contexts, display modes, files, ticks. One implementation per system.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+
+namespace norvgl {
+struct BitmapInfo;
+}
 
 namespace norvgl::platform {
 
@@ -45,6 +50,15 @@ std::uint64_t fileSize(std::intptr_t handle);
 // Bytes moved, or -1 on error.
 std::int64_t fileRead(std::intptr_t handle, void* destination, std::uint32_t count);
 std::int64_t fileWrite(std::intptr_t handle, const void* source, std::uint32_t count);
+
+// Bitmap conversion: draws the image of a Windows bitmap file held in memory (`file`, `size`
+// bytes, its headers read into `info`, palette and rows known to lie within its file size)
+// stretched over `width` x `height` 32-bit pixels at `out`: bottom row first, bytes blue,
+// green, red and one unused, as a 32-bit device-independent bitmap holds them. `out` comes
+// zeroed; an image the system cannot draw leaves it so. False when no target bitmap could
+// be made.
+bool convertBitmap(const std::uint8_t* file, std::size_t size, const BitmapInfo& info,
+                   std::int32_t width, std::int32_t height, std::uint8_t* out);
 
 // Milliseconds since system start, wrapping at 32 bits.
 std::uint32_t tickMilliseconds();

@@ -1,0 +1,319 @@
+// Picture loading: signatures and refusals, bitmaps becoming square textures or pixel
+// arrays, transparent black, mip levels made or read, the table's limit and restart.
+#include "driver/driver.h"
+#include "driver/messages.h"
+#include "pictures/pictures.h"
+#include "picture_assets.h"
+#include "support/driver_fixture.h"
+
+#include <GL/gl.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+using namespace norvgl;
+namespace assets = norvgl::assets;
+
+namespace {
+
+struct Texel {
+    int r, g, b, a;
+    bool operator==(const Texel&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Texel& t) {
+    return out << '(' << t.r << ", " << t.g << ", " << t.b << ", " << t.a << ')';
+}
+
+assets::RgbImage solid(std::int32_t width, std::int32_t height, std::uint32_t color) {
+    assets::RgbImage image;
+    image.width = width;
+    image.height = height;
+    image.pixels.assign(static_cast<std::size_t>(width) * height, color);
+    return image;
+}
+
+class PictureLoadTest : public nvtest::WindowTest {
+protected:
+    void SetUp() override {
+        WindowTest::SetUp();
+        pictures = {};
+        font = {};
+    }
+    static int loadBytes(const std::vector<std::uint8_t>& bytes, std::uint32_t* id,
+                         const char* name = "memory.bmp", std::uint32_t flags = 0) {
+        return GFX_LoadPicture(name, bytes.data(), 0, id, flags);
+    }
+    static int loadFile(const std::string& name, const std::vector<std::uint8_t>& bytes,
+                        std::uint32_t* id, std::uint32_t flags = 0) {
+        EXPECT_TRUE(assets::writeFile(name, bytes));
+        return GFX_LoadPicture(name.c_str(), nullptr, 0, id, flags);
+    }
+    // A texture level parameter of the picture's texture; a level without an image has size 0.
+    static int levelSize(std::uint32_t id, int lod, GLenum what = GL_TEXTURE_WIDTH) {
+        glBindTexture(GL_TEXTURE_2D, PictureTexture(id));
+        GLint value = 0;
+        glGetTexLevelParameteriv(GL_TEXTURE_2D, lod, what, &value);
+        return value;
+    }
+    // The level's texels, row 0 the one at t = 0.
+    static std::vector<Texel> texels(std::uint32_t id, int lod) {
+        const auto count =
+            static_cast<std::size_t>(levelSize(id, lod) * levelSize(id, lod, GL_TEXTURE_HEIGHT));
+        std::vector<Texel> out(count);
+        std::vector<std::uint8_t> rgba(count * 4);
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glGetTexImage(GL_TEXTURE_2D, lod, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
+        for (std::size_t i = 0; i < count; ++i)
+            out[i] = {rgba[4 * i], rgba[4 * i + 1], rgba[4 * i + 2], rgba[4 * i + 3]};
+        return out;
+    }
+    static int minFilter(std::uint32_t id) {
+        glBindTexture(GL_TEXTURE_2D, PictureTexture(id));
+        GLint filter = 0;
+        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
+        return filter;
+    }
+};
+
+TEST_F(PictureLoadTest, RefusedDataRegistersNothing) {
+    std::uint32_t id = 99;
+    // JPEG in the JFIF layout is recognised and refused.
+    const std::vector<std::uint8_t> jfif = {0xFF, 0xD8, 0xFF, 0xE0, 0x00, 0x10, 'J',
+                                            'F',  'I',  'F',  0x00, 0x01, 0x01};
+    EXPECT_EQ(loadBytes(jfif, &id), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+    EXPECT_EQ(log().find("Unknown bitmap type"), std::string::npos);
+
+    GFX_SetProperty(PROP_ENABLED, 0); // loads do not look at it
+    const std::vector<std::uint8_t> junk = {'G', 'I', 'F', '8', '9', 'a', 0, 0, 0, 0};
+    EXPECT_EQ(loadFile("junk.dat", junk, &id), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+    EXPECT_NE(log().find("Error details: Unknown bitmap type: junk.dat!"), std::string::npos);
+
+    EXPECT_EQ(GFX_LoadPicture(nullptr, nullptr, 0, &id, 0), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_PARAMETER);
+    EXPECT_EQ(GFX_LoadPicture("missing.bmp", nullptr, 0, &id, 0), 1);
+    EXPECT_EQ(driver.lastError, ERR_FILE_NOT_FOUND);
+    const auto good = assets::writeColorBitmap(solid(4, 4, assets::rgb(1, 2, 3)));
+    EXPECT_EQ(GFX_LoadPicture("a.bmp", good.data(), 0, nullptr, 0), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+
+    // Bitmap headers the reader cannot use, and data shorter than the file says.
+    auto shortHeader = good;
+    shortHeader[14] = 36;
+    EXPECT_EQ(loadBytes(shortHeader, &id), 1);
+    assets::IndexedImage tiny{1, 1, {1}};
+    auto huge = assets::writeIndexedBitmap(tiny, {0, 0xFFFFFF}, 8, 1); // RLE8
+    huge[18] = huge[19] = huge[22] = huge[23] = 0x7F; // 32639 x 32639 from a few bytes
+    EXPECT_EQ(loadBytes(huge, &id), 1);
+    const std::vector<std::uint8_t> cut(good.begin(), good.end() - 10);
+    EXPECT_EQ(loadFile("cut.bmp", cut, &id), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+    EXPECT_EQ(id, 99u);
+    EXPECT_EQ(pictures.pictureCount, 0u);
+}
+
+TEST_F(PictureLoadTest, BitmapTexturesAreSquarePowersOfTwo) {
+    struct Case {
+        std::int32_t width, height;
+        int side; // 0: a texture name without an image
+    };
+    for (const Case& c : {Case{100, 50, 128}, Case{255, 255, 128}, Case{256, 256, 256},
+                          Case{1, 1, 1}, Case{256, 128, 0}, Case{50, 200, 256}}) {
+        std::uint32_t id = 0;
+        ASSERT_EQ(loadBytes(assets::writeColorBitmap(solid(c.width, c.height, 0xFF0000)), &id), 0);
+        unsigned int width = 0, height = 0;
+        GFX_GetPictureDimensions(id, &width, &height, nullptr);
+        EXPECT_EQ(width, static_cast<unsigned>(c.width));
+        EXPECT_EQ(height, static_cast<unsigned>(c.height));
+        EXPECT_NE(PictureTexture(id), 0u);
+        EXPECT_EQ(pictures.table[id].pixels, nullptr);
+        EXPECT_EQ(levelSize(id, 0), c.side) << c.width << " x " << c.height;
+        EXPECT_EQ(levelSize(id, 0, GL_TEXTURE_HEIGHT), c.side) << c.width << " x " << c.height;
+        if (c.side) {
+            EXPECT_EQ(texels(id, 0)[0], (Texel{255, 0, 0, 255}));
+        }
+    }
+    EXPECT_EQ(driver.lastError, ERR_NONE);
+}
+
+TEST_F(PictureLoadTest, LargeBitmapsAndNoTexturesGivePixelArrays) {
+    // Top row red, the rest green: the array holds the bottom row first.
+    auto image = solid(300, 200, assets::rgb(0, 255, 0));
+    for (int x = 0; x < 300; ++x)
+        image.pixels[static_cast<std::size_t>(x)] = assets::rgb(255, 0, 0);
+    std::uint32_t id = 0;
+    ASSERT_EQ(loadBytes(assets::writeColorBitmap(image), &id), 0);
+    const PictureRecord& big = pictures.table[id];
+    ASSERT_NE(big.pixels, nullptr);
+    EXPECT_EQ(PictureTexture(id), 0u);
+    EXPECT_EQ(big.pixels[1], 255);                   // bottom row green
+    EXPECT_EQ(big.pixels[(200 * 300 - 1) * 4], 255); // top row red
+
+    GLint before = 0;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &before);
+    GFX_SetProperty(PROP_NO_TEXTURES, 1);
+    ASSERT_EQ(loadBytes(assets::writeColorBitmap(solid(5, 3, 0x0000FF)), &id), 0);
+    GFX_SetProperty(PROP_NO_TEXTURES, 0);
+    ASSERT_NE(pictures.table[id].pixels, nullptr);
+    EXPECT_EQ(pictures.table[id].pixels[2], 255); // blue, 5 x 3 as stored
+    EXPECT_EQ(PictureTexture(id), 0u);
+    GLint after = 0;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &after);
+    EXPECT_EQ(after, before); // no texture was made
+}
+
+TEST_F(PictureLoadTest, PureBlackBecomesTransparent) {
+    assets::RgbImage image;
+    image.width = image.height = 2;
+    image.pixels = {assets::rgb(0, 0, 0), assets::rgb(1, 0, 0), // top row
+                    assets::rgb(0, 0, 1), assets::rgb(255, 255, 255)};
+    for (const bool palette : {false, true}) {
+        std::uint32_t id = 0;
+        if (palette) {
+            assets::IndexedImage indexed{2, 2, {0, 1, 2, 3}};
+            ASSERT_EQ(loadBytes(assets::writeIndexedBitmap(indexed, image.pixels, 8), &id), 0);
+        } else {
+            ASSERT_EQ(loadBytes(assets::writeColorBitmap(image), &id), 0);
+        }
+        const std::vector<Texel> expected = {{0, 0, 1, 255},
+                                             {255, 255, 255, 255}, // bottom
+                                             {0, 0, 0, 0},
+                                             {1, 0, 0, 255}};
+        EXPECT_EQ(texels(id, 0), expected) << (palette ? "8-bit" : "24-bit");
+    }
+}
+
+TEST_F(PictureLoadTest, SixteenAndThirtyTwoBitBitmapsLoadWithoutAnImage) {
+    for (const int bits : {16, 32}) {
+        std::uint32_t id = 0;
+        ASSERT_EQ(loadBytes(assets::writeColorBitmap(solid(8, 8, 0xFFFFFF), bits), &id), 0);
+        EXPECT_EQ(id, pictures.pictureCount);
+        EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+        EXPECT_NE(log().find("Could not create bitmap: bits = " + std::to_string(bits)),
+                  std::string::npos);
+        EXPECT_EQ(levelSize(id, 0), 0);
+    }
+}
+
+TEST_F(PictureLoadTest, BitmapMipLevelsAreBoxFilteredDownToOnePixel) {
+    // Left half red, right half blue.
+    auto image = solid(8, 8, assets::rgb(0, 0, 255));
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 4; ++x)
+            image.pixels[static_cast<std::size_t>(y * 8 + x)] = assets::rgb(255, 0, 0);
+    const auto bytes = assets::writeColorBitmap(image);
+    GFX_SetRenderProperty(RPROP_MIPMAPS, 1);
+    std::uint32_t id = 0;
+    ASSERT_EQ(loadBytes(bytes, &id), 0);
+    EXPECT_EQ(minFilter(id), GL_LINEAR_MIPMAP_LINEAR);
+    for (int level = 0; level <= 3; ++level)
+        EXPECT_EQ(levelSize(id, level), 8 >> level) << level;
+    EXPECT_EQ(levelSize(id, 4), 0);
+    EXPECT_EQ(texels(id, 2)[0], (Texel{255, 0, 0, 255}));
+    EXPECT_EQ(texels(id, 2)[1], (Texel{0, 0, 255, 255}));
+    EXPECT_EQ(texels(id, 3)[0], (Texel{127, 0, 127, 255}));
+
+    std::uint32_t plain = 0;
+    ASSERT_EQ(loadBytes(bytes, &plain, "plain.bmp", PICTURE_NO_MIPMAPS), 0);
+    EXPECT_EQ(minFilter(plain), GL_NEAREST);
+    EXPECT_EQ(levelSize(plain, 1), 0);
+    GFX_SetRenderProperty(RPROP_MIPMAPS, 0);
+}
+
+TEST_F(PictureLoadTest, TdfLevelsAreReadOrGenerated) {
+    // small 1, large 256: eight levels in the file, 256 down to 2, each its own colour.
+    std::vector<std::vector<std::uint16_t>> levels;
+    for (int level = 0, side = 256; level < 8; ++level, side /= 2)
+        levels.emplace_back(static_cast<std::size_t>(side) * side,
+                            assets::packRgb565(assets::rgb(level * 32, 0, 0)));
+    std::uint32_t id = 0;
+    ASSERT_EQ(loadBytes(assets::writeTdf(true, 1, 256, 1, 1, levels), &id), 0);
+    for (int level = 0; level < 8; ++level) {
+        EXPECT_EQ(levelSize(id, level), 256 >> level) << level;
+        EXPECT_EQ(texels(id, level)[0].r, level * 32) << level;
+    }
+    EXPECT_EQ(levelSize(id, 8), 0);
+
+    // One level in the file: with mipmaps on, rgb565 gets levels down to 1 x 1, argb8332
+    // down to 2 x 2.
+    GFX_SetRenderProperty(RPROP_MIPMAPS, 1);
+    for (const bool rgb565 : {true, false}) {
+        const std::uint16_t texel = rgb565 ? assets::packRgb565(assets::rgb(255, 255, 255))
+                                           : assets::packArgb8332(assets::rgb(255, 255, 255));
+        std::vector<std::vector<std::uint16_t>> one = {
+            std::vector<std::uint16_t>(256 * 256, texel)};
+        ASSERT_EQ(loadBytes(assets::writeTdf(rgb565, 256, 256, 1, 1, one), &id), 0);
+        const int last = rgb565 ? 8 : 7;
+        EXPECT_EQ(levelSize(id, last), 256 >> last);
+        EXPECT_EQ(levelSize(id, last + 1), 0);
+        const Texel white = rgb565 ? Texel{248, 252, 248, 255} : Texel{252, 252, 255, 255};
+        EXPECT_EQ(texels(id, last)[0], white);
+        EXPECT_EQ(minFilter(id), GL_LINEAR_MIPMAP_LINEAR);
+    }
+    GFX_SetRenderProperty(RPROP_MIPMAPS, 0);
+    // 3DF files become textures even when textures are off for bitmaps.
+    GFX_SetProperty(PROP_NO_TEXTURES, 1);
+    ASSERT_EQ(loadBytes(assets::writeTdf(true, 8, 8, 1, 1, {std::vector<std::uint16_t>(64)}), &id),
+              0);
+    GFX_SetProperty(PROP_NO_TEXTURES, 0);
+    EXPECT_EQ(levelSize(id, 0), 8);
+    EXPECT_EQ(levelSize(id, 1), 0);
+    EXPECT_EQ(minFilter(id), GL_NEAREST);
+}
+
+TEST_F(PictureLoadTest, TdfTexelsAndRowOrder) {
+    // First file row magenta (F8 1F), second row black: the first row lands at t = 1.
+    std::vector<std::uint16_t> texelsInFile(4 * 2, 0);
+    for (int x = 0; x < 4; ++x)
+        texelsInFile[static_cast<std::size_t>(x)] = 0xF81F;
+    std::uint32_t id = 0;
+    const auto bytes = assets::writeTdf(true, 4, 4, 2, 1, {texelsInFile});
+    ASSERT_EQ(loadBytes(bytes, &id, nullptr), 0);
+    unsigned int width = 0, height = 0;
+    GFX_GetPictureDimensions(id, &width, &height, nullptr);
+    EXPECT_EQ(width, 4u);
+    EXPECT_EQ(height, 2u);
+    const std::vector<Texel> level = texels(id, 0);
+    ASSERT_EQ(level.size(), 8u);
+    EXPECT_EQ(level[0], (Texel{0, 0, 0, 255}));
+    EXPECT_EQ(level[4], (Texel{248, 0, 248, 255}));
+
+    // A carriage return in the format line, and texels cut short, are refused.
+    std::string header = assets::tdfHeader(true, 4, 4, 2, 1);
+    header.replace(header.find("rgb565\n"), 7, "rgb565\r\n");
+    const std::vector<std::uint8_t> withCr(header.begin(), header.end());
+    EXPECT_EQ(loadBytes(withCr, &id), 1);
+    const std::vector<std::uint8_t> cut(bytes.begin(), bytes.end() - 1);
+    EXPECT_EQ(loadFile("cut.3df", cut, &id), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+    EXPECT_EQ(pictures.pictureCount, 1u);
+}
+
+TEST_F(PictureLoadTest, TheTableHoldsAThousandAndTwentyFourPictures) {
+    const auto tiny = assets::writeColorBitmap(solid(1, 1, 0xFFFFFF));
+    std::uint32_t id = 0;
+    for (std::uint32_t n = 1; n <= PICTURE_CAPACITY; ++n) {
+        ASSERT_EQ(loadBytes(tiny, &id), 0);
+        ASSERT_EQ(id, n);
+    }
+    EXPECT_EQ(loadBytes(tiny, &id), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_FILE_DATA);
+    EXPECT_EQ(id, PICTURE_CAPACITY);
+    EXPECT_EQ(pictures.pictureCount, PICTURE_CAPACITY);
+
+    GFX_UnloadAll();
+    ASSERT_TRUE(assets::writeFile("again.bmp", tiny));
+    EXPECT_EQ(GFX_LoadPicture("again.bmp", nullptr, 0, &id, 0), 0);
+    EXPECT_EQ(id, 1u);
+    EXPECT_STREQ(pictures.table[1].name, "again.bmp");
+    EXPECT_NE(FindPictureTexture("AGAIN.BMP"), 0u);
+    // From memory without a name: the slot keeps the name it held.
+    EXPECT_EQ(GFX_LoadPicture(nullptr, tiny.data(), 0, &id, 0), 0);
+    EXPECT_EQ(id, 2u);
+    EXPECT_STREQ(pictures.table[2].name, "memory.bmp");
+}
+
+} // namespace

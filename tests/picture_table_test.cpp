@@ -1,0 +1,126 @@
+// Picture table: ids, bounded names, lookups by id and name, dimensions, texture selection,
+// the box filter of mip levels, and emptying the table with GFX_UnloadAll.
+#include "driver/driver.h"
+#include "manager3d/manager3d.h"
+#include "pictures/pictures.h"
+#include "support/driver_fixture.h"
+#include "support/gl_recorder.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+using namespace norvgl;
+
+namespace {
+
+class PictureTableTest : public nvtest::WindowTest {
+protected:
+    void SetUp() override {
+        WindowTest::SetUp();
+        pictures = {}; // as at library load
+        font = {};
+    }
+    // What a reader leaves in the next record before registering it.
+    static std::uint32_t add(const char* name, bool asPixels = false) {
+        PictureRecord& record = nextPictureRecord();
+        record.texture = 0;
+        if (asPixels)
+            record.pixels = static_cast<std::uint8_t*>(std::calloc(16, 1));
+        else
+            CreatePictureTexture(&record.texture, false);
+        record.width = 100;
+        record.height = 50;
+        return RegisterPicture(name);
+    }
+};
+
+TEST(BoxFilter, HalveRgbAveragesBlocksRoundingDownAndDropsOddEdges) {
+    // 3 x 3 pixels: only the top-left 2 x 2 block counts.
+    std::uint8_t image[27];
+    std::memset(image, 200, sizeof image);
+    const std::uint8_t block[4][3] = {{10, 0, 255}, {11, 1, 255}, {12, 2, 255}, {14, 4, 254}};
+    for (int i = 0; i < 4; ++i)
+        std::memcpy(image + (i / 2) * 9 + (i % 2) * 3, block[i], 3);
+    HalveRgb(image, 3, 3);
+    EXPECT_EQ(image[0], 11);  // 47 / 4
+    EXPECT_EQ(image[1], 1);   // 7 / 4
+    EXPECT_EQ(image[2], 254); // 1019 / 4
+    EXPECT_EQ(image[3], 11);  // the rest of the buffer keeps what it held
+}
+
+TEST_F(PictureTableTest, IdsInOrderBoundedNamesAndLookupByName) {
+    EXPECT_EQ(FindPictureTexture("particle.bmp"), 0u); // empty table
+    EXPECT_EQ(add(std::string(300, 'n').c_str()), 1u);
+    EXPECT_EQ(std::string(pictures.table[1].name), std::string(127, 'n'));
+    std::strcpy(pictures.table[2].name, "left over");
+    EXPECT_EQ(add(nullptr), 2u); // no name: the slot keeps what it held
+    EXPECT_STREQ(pictures.table[2].name, "left over");
+    const std::uint32_t first = add("particle.bmp");
+    add("Particle.BMP");
+    EXPECT_EQ(FindPictureTexture("PARTICLE.BMP"), PictureTexture(first));
+    EXPECT_NE(PictureTexture(first), 0u);
+    EXPECT_EQ(FindPictureTexture("particle.bm"), 0u);
+    // A record past the count is not a picture any more.
+    std::strcpy(pictures.table[5].name, "stale.bmp");
+    pictures.table[5].texture = 77;
+    EXPECT_EQ(FindPictureTexture("stale.bmp"), 0u);
+    // Ids past the table read the empty record.
+    EXPECT_EQ(&pictureRecord(PICTURE_CAPACITY + 1), &pictures.table[0]);
+    EXPECT_EQ(PictureTexture(0xFFFFFFFFu), 0u);
+}
+
+TEST_F(PictureTableTest, DimensionsOfKnownIdsOnly) {
+    const std::uint32_t id = add("a.bmp");
+    unsigned int width = 9, height = 9, extra = 9;
+    EXPECT_EQ(GFX_GetPictureDimensions(id, &width, &height, &extra), 0);
+    EXPECT_EQ(width, 100u);
+    EXPECT_EQ(height, 50u);
+    EXPECT_EQ(extra, 0u);
+    EXPECT_EQ(GFX_GetPictureDimensions(0, &width, nullptr, nullptr), 0);
+    EXPECT_EQ(width, 0u);
+    width = 9;
+    EXPECT_EQ(GFX_GetPictureDimensions(id + 1, &width, &height, &extra), 1);
+    EXPECT_EQ(width, 9u);
+    EXPECT_EQ(driver.lastError, ERR_NONE);
+}
+
+TEST_F(PictureTableTest, SelectTextureRequestsThePicturesTexture) {
+    const std::uint32_t id = add("b.bmp");
+    const std::uint32_t pixelId = add("c.bmp", true);
+    GFX_BeginRender();
+    StateNode* before = m3d.currentNode;
+    GFX_SetProperty(PROP_ENABLED, 0);
+    EXPECT_EQ(GFX_SelectTexture(id), 0);
+    EXPECT_EQ(m3d.currentNode, before);
+    GFX_SetProperty(PROP_ENABLED, 1);
+    GFX_SelectTexture(id);
+    EXPECT_EQ(m3d.currentNode->texture, PictureTexture(id));
+    GFX_SelectTexture(pixelId); // a picture held as pixels hands on no texture
+    EXPECT_EQ(m3d.currentNode->texture, 0);
+    GFX_EndRender();
+}
+
+TEST_F(PictureTableTest, UnloadAllDeletesTheTexturesAndReleasesPixels) {
+    const std::uint32_t a = add("a.bmp");
+    add("p.bmp", true);
+    const std::uint32_t c = add("c.bmp");
+    const std::uint32_t textureA = PictureTexture(a), textureC = PictureTexture(c);
+    {
+        nvtest::GlRecorder recorder;
+        EXPECT_EQ(GFX_UnloadAll(), 0);
+        EXPECT_EQ(GFX_UnloadAll(), 0); // nothing left: no second delete
+        const auto deletes = recorder.only({GlCall::DeleteTextures});
+        ASSERT_EQ(deletes.size(), 1u);
+        EXPECT_EQ(deletes[0].args[0], 3.0);
+        EXPECT_TRUE(recorder.glErrors().empty());
+    }
+    EXPECT_FALSE(glIsTexture(textureA));
+    EXPECT_FALSE(glIsTexture(textureC));
+    EXPECT_EQ(pictures.pictureCount, 0u);
+    EXPECT_EQ(pictures.table[2].pixels, nullptr);
+    EXPECT_EQ(GFX_SetFontBitmap(1), 1); // id 1 no longer exists
+    EXPECT_EQ(add("again.bmp"), 1u);
+}
+
+} // namespace
