@@ -11,17 +11,6 @@ namespace {
 constexpr int kQuadVertices = 4;
 constexpr int kVertexFloats = 8;
 
-void setVertex(float* v, float x, float y, float s, float t) {
-    v[0] = x;
-    v[1] = y;
-    v[2] = 1.0f;
-    v[3] = 0.0f;
-    v[4] = 0.0f;
-    v[5] = 1.0f;
-    v[6] = s;
-    v[7] = t;
-}
-
 void drawPixels(const PictureRecord& record) {
     loadGlTable();
     // The pixels land at the context's raster position, which stays at its initial place,
@@ -68,10 +57,10 @@ int DrawPictureRect(std::uint32_t id, float x, float y, float width, float heigh
     // The queue stores t negated; with repeat wrapping the quad's top edge shows the
     // picture's top row.
     float quad[kQuadVertices * kVertexFloats];
-    setVertex(quad + 0 * kVertexFloats, X, Y, 0.0f, 0.0f);
-    setVertex(quad + 1 * kVertexFloats, X, Y - H, 0.0f, 1.0f);
-    setVertex(quad + 2 * kVertexFloats, X + W, Y - H, 1.0f, 1.0f);
-    setVertex(quad + 3 * kVertexFloats, X + W, Y, 1.0f, 0.0f);
+    setScreenVertex(quad + 0 * kVertexFloats, X, Y, 0.0f, 0.0f);
+    setScreenVertex(quad + 1 * kVertexFloats, X, Y - H, 0.0f, 1.0f);
+    setScreenVertex(quad + 2 * kVertexFloats, X + W, Y - H, 1.0f, 1.0f);
+    setScreenVertex(quad + 3 * kVertexFloats, X + W, Y, 1.0f, 0.0f);
 
     GFX_SelectTexture(id);
     GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 1);

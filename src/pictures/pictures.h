@@ -71,6 +71,19 @@ int ReadBitmap(const std::uint8_t* data, std::size_t size, std::uint32_t flags,
 int DrawPictureRect(std::uint32_t id, float x, float y, float width, float height,
                     bool proportional);
 
+// One host vertex of a screen-space quad: at depth 1, normal along +z, with its texture
+// coordinate.
+inline void setScreenVertex(float* v, float x, float y, float s, float t) {
+    v[0] = x;
+    v[1] = y;
+    v[2] = 1.0f;
+    v[3] = 0.0f;
+    v[4] = 0.0f;
+    v[5] = 1.0f;
+    v[6] = s;
+    v[7] = t;
+}
+
 // Text.
 int setFontSize(float width, float height);
 int setFontBitmap(std::uint32_t id);

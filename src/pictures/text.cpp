@@ -31,17 +31,6 @@ std::uint32_t fontTexture() {
     return font.fontPicture;
 }
 
-void setVertex(float* v, float x, float y, float s, float t) {
-    v[0] = x;
-    v[1] = y;
-    v[2] = 1.0f;
-    v[3] = 0.0f;
-    v[4] = 0.0f;
-    v[5] = 1.0f;
-    v[6] = s;
-    v[7] = t;
-}
-
 } // namespace
 
 int setFontSize(float width, float height) {
@@ -111,12 +100,12 @@ int printByProportion(float x, float y, const char* text) {
         const float t0 = static_cast<float>(row) * kCellSpan;
         const float t1 = static_cast<float>(row + 1) * kCellSpan;
         float glyph[kGlyphVertices * kVertexFloats];
-        setVertex(glyph + 0 * kVertexFloats, xl, yt, s0, t0);
-        setVertex(glyph + 1 * kVertexFloats, xl, yb, s0, t1);
-        setVertex(glyph + 2 * kVertexFloats, xr, yt, s1, t0);
-        setVertex(glyph + 3 * kVertexFloats, xl, yb, s0, t1);
-        setVertex(glyph + 4 * kVertexFloats, xr, yb, s1, t1);
-        setVertex(glyph + 5 * kVertexFloats, xr, yt, s1, t0);
+        setScreenVertex(glyph + 0 * kVertexFloats, xl, yt, s0, t0);
+        setScreenVertex(glyph + 1 * kVertexFloats, xl, yb, s0, t1);
+        setScreenVertex(glyph + 2 * kVertexFloats, xr, yt, s1, t0);
+        setScreenVertex(glyph + 3 * kVertexFloats, xl, yb, s0, t1);
+        setScreenVertex(glyph + 4 * kVertexFloats, xr, yb, s1, t1);
+        setScreenVertex(glyph + 5 * kVertexFloats, xr, yt, s1, t0);
         GFX_DrawPolygon(PRIM_TRIANGLES, kGlyphVertices, glyph);
     }
     return 0;
