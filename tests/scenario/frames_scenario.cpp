@@ -225,26 +225,32 @@ TEST_F(Frames, NearerHidesFartherInBothDepthPhasesButNotAcrossFrames) {
     EXPECT_TRUE(looksLike(image.at(right.x, right.y), 0, 0, 255));
 }
 
-TEST_F(Frames, DepthTestOffDrawsInSubmissionOrder) {
+TEST_F(Frames, DepthTestOffDrawsInSubmissionOrderInBothPhases) {
     frontLight();
-    freshFrame();
-    GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
-    const auto nearSquare = square(-15, 0, 80, 8), farSquare = square(-15, 0, 120, 12);
-    diffuse(0, 1, 0);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearSquare));
-    diffuse(1, 0, 0);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farSquare)); // after, untested: on top
-    // With the test back on, near still hides far.
-    GFX_SetRenderProperty(RPROP_DEPTH_TEST, 1);
-    const auto nearRight = square(15, 0, 80, 8), farRight = square(15, 0, 120, 12);
-    diffuse(0, 1, 0);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearRight));
-    diffuse(1, 0, 0);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farRight));
-    const Image image = endFrame();
     const Pixel left = project(-15, 0, 80), right = project(15, 0, 80);
-    EXPECT_TRUE(looksLike(image.at(left.x, left.y), 255, 0, 0));
-    EXPECT_TRUE(looksLike(image.at(right.x, right.y), 0, 255, 0));
+    freshFrame();
+    for (int phase = 0; phase < 2; ++phase) {
+        if (phase == 1) {
+            GFX_BeginRender();
+            ASSERT_EQ(depthFunction(), static_cast<GLenum>(GL_GREATER));
+        }
+        GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
+        const auto nearLeft = square(-15, 0, 80, 8), farLeft = square(-15, 0, 120, 12);
+        diffuse(0, 1, 0);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearLeft));
+        diffuse(1, 0, 0);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farLeft)); // after, untested: on top
+        // With the test back on, near hides far although far is drawn last.
+        GFX_SetRenderProperty(RPROP_DEPTH_TEST, 1);
+        const auto nearRight = square(15, 0, 80, 8), farRight = square(15, 0, 120, 12);
+        diffuse(0, 1, 0);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearRight));
+        diffuse(1, 0, 0);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farRight));
+        const Image image = endFrame();
+        EXPECT_TRUE(looksLike(image.at(left.x, left.y), 255, 0, 0)) << "phase " << phase;
+        EXPECT_TRUE(looksLike(image.at(right.x, right.y), 0, 255, 0)) << "phase " << phase;
+    }
 }
 
 TEST_F(Frames, AlphaAndAdditiveBlending) {
