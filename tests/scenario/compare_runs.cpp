@@ -102,13 +102,18 @@ bool sameTexels(const fs::path& a, const fs::path& b, int bound) {
     return ok;
 }
 
-// Every other note (*.txt) the reference run wrote, byte for byte.
+// Every other note (*.txt), byte for byte.
 bool sameNotes(const fs::path& a, const fs::path& b) {
+    const std::set<std::string> names = filesOf(a, ".txt");
+    if (names != filesOf(b, ".txt")) {
+        std::printf("compare: the two runs did not write the same notes\n");
+        return false;
+    }
     bool ok = true;
-    for (const std::string& name : filesOf(a, ".txt")) {
+    for (const std::string& name : names) {
         if (name == "results.txt" || name == "debuglog.txt")
             continue;
-        if (!fs::exists(b / name) || readFile(a / name) != readFile(b / name)) {
+        if (readFile(a / name) != readFile(b / name)) {
             std::printf("compare: %s differs:\n%s---\n%s", name.c_str(), readFile(a / name).c_str(),
                         readFile(b / name).c_str());
             ok = false;
