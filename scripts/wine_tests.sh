@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The scenario program on both systems: the Linux build on the X display, the 64-bit Windows
 # build under Wine on the same display, then a comparison of their results, debug logs, window
-# captures, texture dumps and notes. Builds nothing: run scripts/build.sh first. Exits non-zero on any failure.
+# captures, texture dumps and notes. Builds nothing: run scripts/build.sh first. Exits non-zero
+# on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
