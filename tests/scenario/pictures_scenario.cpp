@@ -1,0 +1,574 @@
+// Pictures as a host loads and draws them: bitmaps of every depth, palette size, compression
+// and row order, stretched up and down to their square textures, and 3DF files of both texel
+// formats, each read back from its texture (level 0 and a mip level) and dumped for the
+// comparison of one system's run with the other's; then frames with pictures and text.
+#include "host_window.h"
+#include "picture_assets.h"
+#include "scenario.h"
+#include "scenario_gl.h"
+
+#include "norvgl.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace scenario {
+namespace {
+
+namespace assets = norvgl::assets;
+
+std::string outputPath(const std::string& file) {
+    const char* directory = std::getenv("NORVGL_SCENARIO_OUT");
+    if (!directory || !*directory)
+        return "";
+    return (std::filesystem::path(directory) / file).string();
+}
+
+// A texture level as RGBA bytes, row 0 the one at t = 0.
+struct Level {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> rgba;
+    const std::uint8_t* at(int x, int y) const {
+        return &rgba[4 * (static_cast<std::size_t>(y) * width + x)];
+    }
+};
+
+Level readLevel(GLuint texture, int lod) {
+    Level level;
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, lod, GL_TEXTURE_WIDTH, &level.width);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, lod, GL_TEXTURE_HEIGHT, &level.height);
+    level.rgba.resize(static_cast<std::size_t>(level.width) * level.height * 4);
+    if (!level.rgba.empty()) {
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glGetTexImage(GL_TEXTURE_2D, lod, GL_RGBA, GL_UNSIGNED_BYTE, level.rgba.data());
+    }
+    return level;
+}
+
+// <name>.rgba: "RGBA width height" on a line, then the texels.
+bool saveLevel(const std::string& name, const Level& level) {
+    const std::string path = outputPath(name + ".rgba");
+    if (path.empty())
+        return true;
+    std::ofstream out(path, std::ios::binary);
+    out << "RGBA " << level.width << ' ' << level.height << '\n';
+    out.write(reinterpret_cast<const char*>(level.rgba.data()),
+              static_cast<std::streamsize>(level.rgba.size()));
+    return static_cast<bool>(out);
+}
+
+// The colour a texel of a bitmap texture holds for a source colour: black turns transparent.
+::testing::AssertionResult texelIs(const std::uint8_t* texel, std::uint32_t color) {
+    const int r = color >> 16 & 255, g = color >> 8 & 255, b = color & 255;
+    const int a = color == 0 ? 0 : 255;
+    if (texel[0] == r && texel[1] == g && texel[2] == b && texel[3] == a)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure()
+           << "texel (" << int(texel[0]) << ", " << int(texel[1]) << ", " << int(texel[2]) << ", "
+           << int(texel[3]) << ") is not (" << r << ", " << g << ", " << b << ", " << a << ")";
+}
+
+// Level `lod` of a mipmapped texture is the 2 x 2 average of the level above it, per channel
+// rounded down.
+::testing::AssertionResult halvesLevelAbove(const Level& above, const Level& level) {
+    if (level.width != above.width / 2 || level.height != above.height / 2)
+        return ::testing::AssertionFailure() << level.width << " x " << level.height << " under "
+                                             << above.width << " x " << above.height;
+    for (int y = 0; y < level.height; ++y)
+        for (int x = 0; x < level.width; ++x)
+            for (int c = 0; c < 4; ++c) {
+                const int sum = above.at(2 * x, 2 * y)[c] + above.at(2 * x + 1, 2 * y)[c] +
+                                above.at(2 * x, 2 * y + 1)[c] + above.at(2 * x + 1, 2 * y + 1)[c];
+                if (level.at(x, y)[c] != sum >> 2)
+                    return ::testing::AssertionFailure()
+                           << "texel " << x << ", " << y << " channel " << c << " is "
+                           << int(level.at(x, y)[c]);
+            }
+    return ::testing::AssertionSuccess();
+}
+
+std::vector<std::uint32_t> randomPalette(std::mt19937& rng, std::size_t count) {
+    std::vector<std::uint32_t> palette;
+    for (std::size_t i = 0; i < count; ++i)
+        palette.push_back(static_cast<std::uint32_t>(rng()) & 0xFFFFFF);
+    palette[0] = 0; // black, which turns transparent
+    return palette;
+}
+
+// Indices below `colors`, in runs of random length so that RLE finds both kinds of stretch.
+assets::IndexedImage randomIndices(std::mt19937& rng, std::int32_t width, std::int32_t height,
+                                   unsigned colors) {
+    assets::IndexedImage image{width, height, {}};
+    std::uint8_t index = 0;
+    for (std::int32_t i = 0; i < width * height; ++i) {
+        if (rng() % 3 == 0)
+            index = static_cast<std::uint8_t>(rng() % colors);
+        image.indices.push_back(index);
+    }
+    return image;
+}
+
+assets::RgbImage randomColors(std::mt19937& rng, std::int32_t width, std::int32_t height) {
+    assets::RgbImage image{width, height, {}};
+    for (std::int32_t i = 0; i < width * height; ++i)
+        image.pixels.push_back(rng() % 8 == 0 ? 0u : static_cast<std::uint32_t>(rng()) & 0xFFFFFF);
+    return image;
+}
+
+assets::RgbImage colorsOf(const assets::IndexedImage& image,
+                          const std::vector<std::uint32_t>& palette) {
+    assets::RgbImage out{image.width, image.height, {}};
+    for (std::uint8_t index : image.indices)
+        out.pixels.push_back(palette[index]);
+    return out;
+}
+
+// An RLE stream written code by code beside the image it stands for. Pixels that a delta or
+// an early end of line skips stay black.
+class RleImage {
+public:
+    RleImage(bool fourBit, std::int32_t width, std::int32_t height)
+        : writer_(fourBit), fourBit_(fourBit), image_{width, height, {}} {
+        image_.pixels.assign(static_cast<std::size_t>(width) * height, 0);
+        palette_ = {0,
+                    assets::rgb(255, 0, 0),
+                    assets::rgb(0, 255, 0),
+                    assets::rgb(0, 0, 255),
+                    assets::rgb(255, 255, 0),
+                    assets::rgb(0, 255, 255),
+                    assets::rgb(255, 0, 255),
+                    assets::rgb(128, 64, 32),
+                    assets::rgb(1, 0, 0),
+                    assets::rgb(200, 200, 200),
+                    assets::rgb(16, 32, 64),
+                    assets::rgb(90, 180, 45),
+                    assets::rgb(7, 77, 177),
+                    assets::rgb(250, 128, 5),
+                    assets::rgb(60, 0, 120),
+                    assets::rgb(33, 99, 66)};
+    }
+    void run(std::uint8_t count, std::uint8_t value) {
+        writer_.run(count, value);
+        for (int k = 0; k < count; ++k)
+            put(fourBit_ ? (k % 2 == 0 ? value >> 4 : value & 15) : value);
+    }
+    void absolute(const std::vector<std::uint8_t>& indices) {
+        writer_.absolute(indices);
+        for (std::uint8_t index : indices)
+            put(index);
+    }
+    void delta(std::uint8_t right, std::uint8_t up) {
+        writer_.delta(right, up);
+        x_ += right;
+        row_ += up;
+    }
+    void endOfLine() {
+        writer_.endOfLine();
+        x_ = 0;
+        ++row_;
+    }
+    std::vector<std::uint8_t> file() {
+        writer_.endOfBitmap();
+        assets::BitmapFields fields;
+        fields.width = image_.width;
+        fields.height = image_.height;
+        fields.bits = fourBit_ ? 4 : 8;
+        fields.compression = fourBit_ ? 2 : 1;
+        fields.colorsUsed = static_cast<std::uint32_t>(palette_.size());
+        return assets::assembleBitmap(fields, palette_, writer_.bytes());
+    }
+    const assets::RgbImage& image() const { return image_; }
+
+private:
+    // Rows count from the bottom, as the stream's do.
+    void put(int index) {
+        image_.pixels[static_cast<std::size_t>(image_.height - 1 - row_) * image_.width + x_++] =
+            palette_[static_cast<std::size_t>(index)];
+    }
+    assets::RleWriter writer_;
+    bool fourBit_;
+    assets::RgbImage image_;
+    std::vector<std::uint32_t> palette_;
+    std::int32_t x_ = 0;
+    std::int32_t row_ = 0;
+};
+
+// Rows of runs, absolute runs, deltas within a row and across rows, and short rows.
+RleImage rleWithDeltas(bool fourBit, std::int32_t width, std::int32_t height) {
+    RleImage rle(fourBit, width, height);
+    for (std::int32_t row = 0; row < height;) {
+        const std::uint8_t a = fourBit ? 0x12 : 1, b = fourBit ? 0x9A : 9;
+        switch (row % 5) {
+        case 0: // a run, an absolute run, a skip, then a run to the end
+            rle.run(6, a);
+            rle.absolute({3, 4, 5, 6, 7});
+            rle.delta(4, 0);
+            rle.run(static_cast<std::uint8_t>(width - 15), b);
+            rle.endOfLine();
+            ++row;
+            break;
+        case 1: // a short row: the rest stays black
+            rle.absolute({10, 11, 12, 13, 14, 15, 2});
+            rle.endOfLine();
+            ++row;
+            break;
+        case 2: // a delta over the rest of this row and all of the next
+            if (row + 2 >= height) {
+                rle.endOfLine();
+                ++row;
+                break;
+            }
+            rle.run(5, b);
+            rle.delta(3, 2);
+            rle.run(static_cast<std::uint8_t>(width - 8), a);
+            rle.endOfLine();
+            row += 3;
+            break;
+        default:
+            rle.run(static_cast<std::uint8_t>(width),
+                    static_cast<std::uint8_t>(fourBit ? 0x57 : 7));
+            rle.endOfLine();
+            ++row;
+            break;
+        }
+    }
+    return rle;
+}
+
+struct Case {
+    std::string name;
+    std::vector<std::uint8_t> bytes;
+    bool fromFile = false;
+    std::uint32_t width = 0;                  // as stored in the file
+    std::uint32_t height = 0;                 //
+    int textureSide = 0;                      // the square texture it becomes
+    std::optional<assets::RgbImage> expected; // the texels, where no stretch is involved
+};
+
+std::vector<Case> bitmapCases() {
+    std::mt19937 rng(20240607);
+    std::vector<Case> cases;
+    auto add = [&](std::string name, std::vector<std::uint8_t> bytes, std::int32_t w,
+                   std::int32_t h, int side, std::optional<assets::RgbImage> expected) {
+        const bool fromFile = cases.size() % 2 == 0;
+        cases.push_back({std::move(name), std::move(bytes), fromFile, static_cast<std::uint32_t>(w),
+                         static_cast<std::uint32_t>(h), side, std::move(expected)});
+    };
+    {
+        const auto palette = randomPalette(rng, 16);
+        const auto image = randomIndices(rng, 64, 64, 16);
+        add("bits4-full-bottomup", assets::writeIndexedBitmap(image, palette, 4), 64, 64, 64,
+            colorsOf(image, palette));
+    }
+    {
+        const auto palette = randomPalette(rng, 6);
+        const auto image = randomIndices(rng, 100, 50, 6);
+        add("bits4-used6-topdown-100x50", assets::writeIndexedBitmap(image, palette, 4, 0, true, 6),
+            100, 50, 128, std::nullopt);
+    }
+    {
+        const auto palette = randomPalette(rng, 256);
+        const auto image = randomIndices(rng, 255, 255, 256);
+        add("bits8-full-bottomup-255x255", assets::writeIndexedBitmap(image, palette, 8), 255, 255,
+            128, std::nullopt);
+    }
+    {
+        const auto palette = randomPalette(rng, 40);
+        const auto image = randomIndices(rng, 32, 32, 40);
+        add("bits8-used40-topdown", assets::writeIndexedBitmap(image, palette, 8, 0, true, 40), 32,
+            32, 32, colorsOf(image, palette));
+    }
+    {
+        const auto palette = randomPalette(rng, 256);
+        const auto image = randomIndices(rng, 64, 64, 200);
+        add("rle8-encoded", assets::writeIndexedBitmap(image, palette, 8, 1), 64, 64, 64,
+            colorsOf(image, palette));
+    }
+    {
+        const auto palette = randomPalette(rng, 16);
+        const auto image = randomIndices(rng, 100, 50, 16);
+        add("rle4-encoded-100x50", assets::writeIndexedBitmap(image, palette, 4, 2), 100, 50, 128,
+            std::nullopt);
+    }
+    for (bool fourBit : {false, true}) {
+        RleImage square = rleWithDeltas(fourBit, 32, 32);
+        add(fourBit ? "rle4-deltas" : "rle8-deltas", square.file(), 32, 32, 32, square.image());
+        RleImage stretched = rleWithDeltas(fourBit, 40, 20);
+        add(fourBit ? "rle4-deltas-40x20" : "rle8-deltas-40x20", stretched.file(), 40, 20, 64,
+            std::nullopt);
+    }
+    {
+        const auto image = randomColors(rng, 64, 64);
+        add("bits24-bottomup", assets::writeColorBitmap(image), 64, 64, 64, image);
+    }
+    {
+        const auto image = randomColors(rng, 16, 16);
+        add("bits24-topdown", assets::writeColorBitmap(image, 24, true), 16, 16, 16, image);
+    }
+    {
+        const auto image = randomColors(rng, 100, 50);
+        add("bits24-bottomup-100x50", assets::writeColorBitmap(image), 100, 50, 128, std::nullopt);
+    }
+    {
+        const auto image = randomColors(rng, 255, 255);
+        add("bits24-topdown-255x255", assets::writeColorBitmap(image, 24, true), 255, 255, 128,
+            std::nullopt);
+    }
+    return cases;
+}
+
+// A 640 x 480 window with the driver attached and mip levels made for every load.
+class Pictures : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window_ = std::make_unique<HostWindow>(640, 480);
+        GFX_SetProperty(PROP_WINDOW, window_->handle());
+        ASSERT_EQ(GFX_Init(), 0);
+        GFX_SetRenderProperty(RPROP_MIPMAPS, 1);
+        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
+    }
+    void TearDown() override {
+        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
+        GFX_SetRenderProperty(RPROP_MIPMAPS, 0);
+        GFX_Destroy();
+        window_.reset();
+        GFX_SetProperty(PROP_WINDOW, 0);
+    }
+
+    // Loads from the file or from memory; picture k of a fresh context has texture name k.
+    static int load(const std::string& name, const std::vector<std::uint8_t>& bytes, bool fromFile,
+                    unsigned* id) {
+        if (!fromFile)
+            return GFX_LoadPicture(name.c_str(), bytes.data(), 0, id, 0);
+        // In the current directory, so that the name the log shows is the same on both systems.
+        EXPECT_TRUE(assets::writeFile(name, bytes)) << name;
+        const int result = GFX_LoadPicture(name.c_str(), nullptr, 0, id, 0);
+        std::error_code ignored;
+        std::filesystem::remove(name, ignored);
+        return result;
+    }
+
+    // Line per load for the comparison: the result, id, size and the last error's texts.
+    void note(const std::string& line) { notes_ += line + '\n'; }
+    void saveNotes(const std::string& name) {
+        const std::string path = outputPath(name + ".txt");
+        if (path.empty())
+            return;
+        std::ofstream out(path, std::ios::binary);
+        out << notes_;
+        EXPECT_TRUE(static_cast<bool>(out)) << path;
+    }
+
+    Image endFrame(const std::string& name) {
+        GFX_EndRender();
+        Image image = window_->capture();
+        EXPECT_FALSE(image.empty()) << "the window could not be captured";
+        EXPECT_TRUE(saveCapture("Pictures." + name, image)) << name;
+        if (image.empty()) {
+            image.width = 640;
+            image.height = 480;
+            image.pixels.assign(640 * 480, {});
+        }
+        return image;
+    }
+
+private:
+    std::unique_ptr<HostWindow> window_;
+    std::string notes_;
+};
+
+// The last error is noted only where the load reported one: it outlives tests, which the two
+// systems may run in different orders.
+std::string describeLoad(const std::string& name, int result, unsigned id, LogWatch& log) {
+    unsigned width = 0, height = 0, extra = 7;
+    const int dimensions = GFX_GetPictureDimensions(id, &width, &height, &extra);
+    std::string line = name + ": result " + std::to_string(result) + " id " + std::to_string(id) +
+                       " size " + std::to_string(dimensions) + " " + std::to_string(width) + "x" +
+                       std::to_string(height) + "+" + std::to_string(extra);
+    if (!log.appended().empty()) {
+        const LastError error = lastError();
+        line += " error '" + error.title + "' '" + error.details + "'";
+    }
+    return line;
+}
+
+TEST_F(Pictures, BitmapsBecomeSquareMipmappedTextures) {
+    unsigned expectedId = 0;
+    LogWatch log;
+    for (const Case& c : bitmapCases()) {
+        SCOPED_TRACE(c.name);
+        unsigned id = 0;
+        const int result = load(c.name + ".bmp", c.bytes, c.fromFile, &id);
+        note(describeLoad(c.name, result, id, log));
+        ASSERT_EQ(result, 0);
+        ASSERT_EQ(id, ++expectedId);
+        unsigned width = 0, height = 0;
+        EXPECT_EQ(GFX_GetPictureDimensions(id, &width, &height, nullptr), 0);
+        EXPECT_EQ(width, c.width);
+        EXPECT_EQ(height, c.height);
+
+        ASSERT_TRUE(glIsTexture(id));
+        const Level top = readLevel(id, 0);
+        ASSERT_EQ(top.width, c.textureSide);
+        ASSERT_EQ(top.height, c.textureSide);
+        EXPECT_TRUE(saveLevel("Pictures." + c.name + "-level0", top));
+        // Level 2 is a quarter of the side: two halvings from level 0.
+        const Level one = readLevel(id, 1), two = readLevel(id, 2);
+        EXPECT_TRUE(halvesLevelAbove(top, one));
+        EXPECT_TRUE(halvesLevelAbove(one, two));
+        EXPECT_TRUE(saveLevel("Pictures." + c.name + "-level2", two));
+
+        if (c.expected) {
+            const assets::RgbImage& image = *c.expected;
+            int wrong = 0;
+            for (int y = 0; y < top.height && wrong < 5; ++y)
+                for (int x = 0; x < top.width && wrong < 5; ++x) {
+                    const auto check = texelIs(top.at(x, y), image.at(x, image.height - 1 - y));
+                    if (!check) {
+                        ++wrong;
+                        ADD_FAILURE() << "texel " << x << ", " << y << ": " << check.message();
+                    }
+                }
+        }
+    }
+    saveNotes("Pictures.bitmap-loads");
+}
+
+TEST_F(Pictures, SixteenBitBitmapLoadsWithoutAnImage) {
+    std::mt19937 rng(7);
+    const auto bytes = assets::writeColorBitmap(randomColors(rng, 8, 8), 16);
+    LogWatch log;
+    unsigned id = 0;
+    const int result = load("bits16.bmp", bytes, true, &id);
+    EXPECT_NE(LogWatch(log).appended().find("Error details: Could not create bitmap: bits = 16"),
+              std::string::npos);
+    note(describeLoad("bits16", result, id, log));
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(id, 1u);
+    // The picture keeps a texture name, without an image.
+    EXPECT_EQ(readLevel(1, 0).width, 0);
+
+    // Refusals: no signature, a missing file.
+    const std::vector<std::uint8_t> junk = {'P', 'N', 'G', 0, 1, 2, 3, 4, 5, 6};
+    id = 0;
+    const int junkResult = load("junk.dat", junk, true, &id);
+    EXPECT_NE(LogWatch(log).appended().find("Error details: Unknown bitmap type: junk.dat!"),
+              std::string::npos);
+    note(describeLoad("junk", junkResult, id, log));
+    EXPECT_EQ(junkResult, 1);
+    EXPECT_EQ(id, 0u);
+    note(describeLoad("missing", GFX_LoadPicture("missing.bmp", nullptr, 0, &id, 0), id, log));
+    EXPECT_EQ(id, 0u);
+    saveNotes("Pictures.refused-loads");
+}
+
+TEST_F(Pictures, TdfFilesOfBothFormats) {
+    std::mt19937 rng(99);
+    // rgb565 with four levels of its own; argb8332 with one level and mip levels made at load.
+    const auto many = assets::writeTdfFromImage(randomColors(rng, 64, 64), true, 4);
+    const auto one = assets::writeTdfFromImage(randomColors(rng, 32, 32), false, 1);
+    unsigned first = 0, second = 0;
+    LogWatch log;
+    const int r1 = load("many.3df", many, true, &first);
+    note(describeLoad("rgb565", r1, first, log));
+    const int r2 = load("one.3df", one, false, &second);
+    note(describeLoad("argb8332", r2, second, log));
+    ASSERT_EQ(r1, 0);
+    ASSERT_EQ(r2, 0);
+    ASSERT_EQ(first, 1u);
+    ASSERT_EQ(second, 2u);
+    const Level manyTop = readLevel(1, 0), manyThree = readLevel(1, 3);
+    EXPECT_EQ(manyTop.width, 64);
+    EXPECT_EQ(manyThree.width, 8);
+    EXPECT_EQ(readLevel(1, 4).width, 0); // only the levels the file holds
+    const Level oneTop = readLevel(2, 0), oneTwo = readLevel(2, 2);
+    EXPECT_EQ(oneTop.width, 32);
+    EXPECT_TRUE(halvesLevelAbove(oneTop, readLevel(2, 1)));
+    EXPECT_TRUE(saveLevel("Pictures.rgb565-level0", manyTop));
+    EXPECT_TRUE(saveLevel("Pictures.rgb565-level3", manyThree));
+    EXPECT_TRUE(saveLevel("Pictures.argb8332-level0", oneTop));
+    EXPECT_TRUE(saveLevel("Pictures.argb8332-level2", oneTwo));
+    saveNotes("Pictures.tdf-loads");
+}
+
+// Four quadrants: red, green at the top; blue, white at the bottom.
+assets::RgbImage quadrants(std::int32_t width, std::int32_t height) {
+    assets::RgbImage image{width, height, {}};
+    for (std::int32_t y = 0; y < height; ++y)
+        for (std::int32_t x = 0; x < width; ++x)
+            image.pixels.push_back(y < height / 2 ? (x < width / 2 ? 0xFF0000u : 0x00FF00u)
+                                                  : (x < width / 2 ? 0x0000FFu : 0xFFFFFFu));
+    return image;
+}
+
+TEST_F(Pictures, PicturesAndPixelArrayOnScreen) {
+    std::mt19937 rng(5);
+    const auto palette = randomPalette(rng, 16);
+    unsigned indexed = 0, proportional = 0, big = 0;
+    ASSERT_EQ(load("", assets::writeIndexedBitmap(randomIndices(rng, 64, 64, 16), palette, 4),
+                   false, &indexed),
+              0);
+    ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(100, 50)), false, &proportional), 0);
+    ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(300, 200)), false, &big), 0);
+
+    GFX_BeginRender();
+    // Drawn at once, at its own size at the lower-left corner.
+    EXPECT_EQ(GFX_DrawPicture(big, 400, 10, 0, 0), 0);
+    EXPECT_EQ(GFX_DrawPicture(indexed, 0, 0, 320, 240), 0);
+    EXPECT_EQ(GFX_DrawPictureByProportion(proportional, 0.5f, 0.5f, 0.5f, 0.5f), 0);
+    const Image image = endFrame("pictures");
+
+    // The pixel array: blue and white at its bottom, red at its top.
+    EXPECT_EQ(image.at(20, 470), (Rgb{0, 0, 255}));
+    EXPECT_EQ(image.at(280, 470), (Rgb{255, 255, 255}));
+    EXPECT_EQ(image.at(20, 290), (Rgb{255, 0, 0}));
+    EXPECT_EQ(image.at(20, 270), (Rgb{0, 0, 0})); // above it
+    // The proportional picture upright in the bottom-right quarter.
+    EXPECT_EQ(image.at(360, 280), (Rgb{255, 0, 0}));
+    EXPECT_EQ(image.at(600, 280), (Rgb{0, 255, 0}));
+    EXPECT_EQ(image.at(360, 450), (Rgb{0, 0, 255}));
+    EXPECT_EQ(image.at(600, 450), (Rgb{255, 255, 255}));
+    // The indexed picture covers the top-left quarter and nothing beyond it.
+    EXPECT_EQ(image.at(330, 100), (Rgb{0, 0, 0}));
+    EXPECT_EQ(image.at(100, 250), (Rgb{0, 0, 0}));
+}
+
+TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
+    const auto font = assets::makeGlyphFont(8); // 128 x 128
+    unsigned id = 0;
+    ASSERT_EQ(load("font.bmp", assets::writeColorBitmap(font), false, &id), 0);
+    ASSERT_EQ(GFX_SetFontBitmap(id), 0);
+    EXPECT_EQ(GFX_SetFontSize(0.25f, 0.25f), 0);
+    GFX_BeginRender();
+    GFX_BeginText();
+    EXPECT_EQ(GFX_PrintByProportion(0.125f, 0.25f, "AB"), 0);
+    GFX_EndText();
+    const Image image = endFrame("text");
+    // The middle of each letter's cell shows its colour; the additive blend over black adds
+    // the colour itself.
+    for (int i = 0; i < 2; ++i) {
+        const std::uint32_t color = assets::glyphColor(static_cast<std::uint8_t>('A' + i));
+        const Rgb middle = image.at(80 + 160 * i + 80, 120 + 60);
+        EXPECT_EQ(middle,
+                  (Rgb{static_cast<std::uint8_t>(color >> 16),
+                       static_cast<std::uint8_t>(color >> 8), static_cast<std::uint8_t>(color)}))
+            << char('A' + i);
+    }
+    EXPECT_EQ(image.at(40, 180), (Rgb{0, 0, 0}));  // left of the text
+    EXPECT_EQ(image.at(600, 180), (Rgb{0, 0, 0})); // right of it
+}
+
+} // namespace
+} // namespace scenario
