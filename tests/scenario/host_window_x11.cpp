@@ -1,5 +1,6 @@
 // The scenario host's system on Linux: Xlib windows on $DISPLAY, GLX, dlopen.
 #include "host_window.h"
+#include "support/x11_capture.h"
 
 #include <GL/glx.h>
 #include <X11/Xlib.h>
@@ -62,28 +63,16 @@ std::intptr_t HostWindow::handle() const {
 }
 
 Image HostWindow::capture() const {
-    // GL's front buffer reads back black with a software rasteriser that presents by copying
-    // to the window: the server's copy of the window is what the host sees.
-    auto* display = static_cast<Display*>(connection_);
-    XSync(display, False);
-    XImage* shot =
-        XGetImage(display, static_cast<Window>(window_), 0, 0, static_cast<unsigned>(width_),
-                  static_cast<unsigned>(height_), AllPlanes, ZPixmap);
     Image image;
-    if (!shot)
-        return image;
+    image.pixels.resize(static_cast<std::size_t>(width_) * height_);
     image.width = width_;
     image.height = height_;
-    image.pixels.resize(static_cast<std::size_t>(width_) * height_);
-    for (int y = 0; y < height_; ++y) {
-        for (int x = 0; x < width_; ++x) {
-            const unsigned long p = XGetPixel(shot, x, y);
-            image.at(x, y) = {static_cast<std::uint8_t>((p & shot->red_mask) >> 16),
-                              static_cast<std::uint8_t>((p & shot->green_mask) >> 8),
-                              static_cast<std::uint8_t>(p & shot->blue_mask)};
-        }
-    }
-    XDestroyImage(shot);
+    if (!nvtest::captureWindow(static_cast<Display*>(connection_), static_cast<Window>(window_),
+                               width_, height_,
+                               [&](int x, int y, std::uint8_t r, std::uint8_t g, std::uint8_t b) {
+                                   image.at(x, y) = {r, g, b};
+                               }))
+        return Image{};
     return image;
 }
 

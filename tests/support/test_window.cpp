@@ -5,6 +5,7 @@
 #include <X11/Xutil.h>
 
 #include "platform/x11/display.h"
+#include "support/x11_capture.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -73,26 +74,15 @@ InputOnlyWindow::~InputOnlyWindow() {
 }
 
 Image TestWindow::capture() const {
-    auto* display = static_cast<Display*>(display_);
-    XSync(display, False);
-    XImage* shot = XGetImage(display, window_, 0, 0, static_cast<unsigned>(width_),
-                             static_cast<unsigned>(height_), AllPlanes, ZPixmap);
     Image image;
-    if (!shot)
-        return image;
+    image.pixels.resize(static_cast<std::size_t>(width_) * height_);
+    if (!captureWindow(static_cast<Display*>(display_), window_, width_, height_,
+                       [&](int x, int y, std::uint8_t r, std::uint8_t g, std::uint8_t b) {
+                           image.pixels[static_cast<std::size_t>(y) * width_ + x] = {r, g, b, 255};
+                       }))
+        return Image{};
     image.width = width_;
     image.height = height_;
-    image.pixels.resize(static_cast<std::size_t>(width_) * height_);
-    for (int y = 0; y < height_; ++y) {
-        for (int x = 0; x < width_; ++x) {
-            const unsigned long p = XGetPixel(shot, x, y);
-            image.pixels[static_cast<std::size_t>(y) * width_ + x] = {
-                static_cast<std::uint8_t>((p & shot->red_mask) >> 16),
-                static_cast<std::uint8_t>((p & shot->green_mask) >> 8),
-                static_cast<std::uint8_t>(p & shot->blue_mask), 255};
-        }
-    }
-    XDestroyImage(shot);
     return image;
 }
 
