@@ -18,43 +18,6 @@ std::string errorReport(int code, const char* detail) {
 
 } // namespace
 
-TEST_F(DriverTest, LoadStateHasNamesDefaultsAndNoError) {
-    EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_NAME)),
-                 "Norvash OpenGL Driver");
-    EXPECT_STREQ(reinterpret_cast<const char*>(GFX_GetProperty(PROP_DRIVER_VERSION)), "8.29.00.1");
-    for (unsigned i = 2; i < 8; ++i)
-        EXPECT_EQ(GFX_GetProperty(i), (i == PROP_SPARE || i == PROP_ENABLED) ? -1 : 0) << i;
-    for (int i = 0; i < 9; ++i)
-        EXPECT_EQ(GFX_GetRenderProperty(i), (i == 2 || i == 3) ? -1 : 0) << i;
-
-    char title[ERROR_TITLE_SIZE] = "x", details[ERROR_DETAILS_SIZE] = "x";
-    GFX_GetLastError(title, details);
-    EXPECT_STREQ(title, "No error has occured");
-    EXPECT_STREQ(details, "No error has occured");
-    EXPECT_EQ(log(), "***********************************\r\nNORVGL.DLL Entry Point\r\n");
-}
-
-TEST_F(DriverTest, BadPropertyIndexIsReportedAndStoresNothing) {
-    EXPECT_EQ(GFX_SetProperty(8, 1234), 1);
-    EXPECT_EQ(GFX_GetProperty(8), 1);
-    EXPECT_EQ(GFX_GetRenderProperty(9), 1);
-    EXPECT_EQ(GFX_GetRenderProperty(-1), 1);
-    EXPECT_EQ(GFX_SetRenderProperty(9, 5), 1);
-    EXPECT_EQ(GFX_GetProperty(0x80000000u), 1);
-    char title[ERROR_TITLE_SIZE];
-    GFX_GetLastError(title, nullptr);
-    EXPECT_STREQ(title, "Bad property");
-    const std::string one = errorReport(ERR_BAD_PROPERTY, "(none)");
-    EXPECT_EQ(log().substr(log().size() - one.size()), one);
-    EXPECT_NE(log().find(one), std::string::npos);
-    // Six bad calls, six reports of two lines each, after the two banner lines.
-    std::size_t lines = 0;
-    for (std::size_t at = log().find("\r\n"); at != std::string::npos;
-         at = log().find("\r\n", at + 2))
-        ++lines;
-    EXPECT_EQ(lines, 2u + 6u * 2u);
-}
-
 TEST_F(DriverTest, PropertiesStoreAnyValueAndErrorsStayUntilReplaced) {
     EXPECT_EQ(GFX_SetProperty(PROP_SPARE, 77), 0);
     EXPECT_EQ(GFX_GetProperty(PROP_SPARE), 77);
