@@ -23,7 +23,7 @@ IndexedImage stripes(std::int32_t w, std::int32_t h, int colors) {
     IndexedImage image{w, h, {}};
     for (std::int32_t y = 0; y < h; ++y) {
         for (std::int32_t x = 0; x < w; ++x) {
-            image.indices.push_back(static_cast<std::uint8_t>((x / 3 + y) % colors));
+            image.pixels.push_back(static_cast<std::uint8_t>((x / 3 + y) % colors));
         }
     }
     return image;

@@ -86,7 +86,7 @@ IndexedImage patterned(std::int32_t w, std::int32_t h, int colors) {
         for (std::int32_t x = 0; x < w; ++x) {
             // Runs and varied stretches both, so the encoder uses every kind of code.
             const int v = x < w / 2 ? (y % 3) : (x * 7 + y * 3);
-            image.indices.push_back(static_cast<std::uint8_t>(v % colors));
+            image.pixels.push_back(static_cast<std::uint8_t>(v % colors));
         }
     }
     return image;
@@ -95,7 +95,7 @@ IndexedImage patterned(std::int32_t w, std::int32_t h, int colors) {
 std::vector<std::uint32_t> expectedColors(const IndexedImage& image,
                                           const std::vector<std::uint32_t>& palette) {
     std::vector<std::uint32_t> out;
-    for (std::uint8_t index : image.indices) {
+    for (std::uint8_t index : image.pixels) {
         out.push_back(palette[index]);
     }
     return out;

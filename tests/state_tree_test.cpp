@@ -10,16 +10,8 @@ using namespace norvgl;
 
 namespace {
 
-class StateTreeTest : public nvtest::WindowTest {
+class StateTreeTest : public nvtest::InFrameTest {
 protected:
-    void SetUp() override {
-        WindowTest::SetUp();
-        GFX_BeginRender();
-    }
-    void TearDown() override {
-        GFX_EndRender();
-        WindowTest::TearDown();
-    }
     static void request(std::uint32_t mask, std::uint32_t value) {
         Manager3D_StateCommand(mask, &value);
     }

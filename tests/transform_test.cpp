@@ -14,16 +14,8 @@ using nvtest::GlRecorder;
 
 namespace {
 
-class TransformTest : public nvtest::WindowTest {
+class TransformTest : public nvtest::InFrameTest {
 protected:
-    void SetUp() override {
-        WindowTest::SetUp();
-        GFX_BeginRender();
-    }
-    void TearDown() override {
-        GFX_EndRender();
-        WindowTest::TearDown();
-    }
     static const float* slot(std::uint32_t i) { return m3d.matrixHeap[i].m; }
 };
 

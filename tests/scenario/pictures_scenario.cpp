@@ -115,7 +115,7 @@ assets::IndexedImage randomIndices(std::mt19937& rng, std::int32_t width, std::i
     for (std::int32_t i = 0; i < width * height; ++i) {
         if (rng() % 3 == 0)
             index = static_cast<std::uint8_t>(rng() % colors);
-        image.indices.push_back(index);
+        image.pixels.push_back(index);
     }
     return image;
 }
@@ -130,7 +130,7 @@ assets::RgbImage randomColors(std::mt19937& rng, std::int32_t width, std::int32_
 assets::RgbImage colorsOf(const assets::IndexedImage& image,
                           const std::vector<std::uint32_t>& palette) {
     assets::RgbImage out{image.width, image.height, {}};
-    for (std::uint8_t index : image.indices)
+    for (std::uint8_t index : image.pixels)
         out.pixels.push_back(palette[index]);
     return out;
 }

@@ -53,4 +53,14 @@ void WindowTest::TearDown() {
     DriverTest::TearDown();
 }
 
+void InFrameTest::SetUp() {
+    WindowTest::SetUp();
+    GFX_BeginRender();
+}
+
+void InFrameTest::TearDown() {
+    GFX_EndRender();
+    WindowTest::TearDown();
+}
+
 } // namespace nvtest

@@ -32,6 +32,13 @@ protected:
     std::unique_ptr<TestWindow> window;
 };
 
+// A WindowTest with a frame open for the whole test.
+class InFrameTest : public WindowTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+};
+
 std::string readFile(const std::string& path);
 
 } // namespace nvtest

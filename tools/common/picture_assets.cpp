@@ -149,7 +149,7 @@ std::vector<std::uint8_t> encodeRle(const IndexedImage& image, bool fourBit) {
     RleWriter writer(fourBit);
     const auto width = static_cast<std::size_t>(image.width);
     for (std::int32_t y = image.height - 1; y >= 0; --y) {
-        const std::uint8_t* row = &image.indices[static_cast<std::size_t>(y) * width];
+        const std::uint8_t* row = &image.pixels[static_cast<std::size_t>(y) * width];
         std::size_t x = 0;
         while (x < width) {
             // A stretch of at least 3 equal indices becomes a run.

@@ -14,25 +14,20 @@ inline constexpr std::uint32_t rgb(std::uint32_t r, std::uint32_t g, std::uint32
     return (r & 255) << 16 | (g & 255) << 8 | (b & 255);
 }
 
-// An image of palette indices, top row first.
-struct IndexedImage {
+// An image of pixel values, top row first.
+template <typename Pixel> struct PixelImage {
     std::int32_t width = 0;
     std::int32_t height = 0;
-    std::vector<std::uint8_t> indices;
-    std::uint8_t at(std::int32_t x, std::int32_t y) const {
-        return indices[static_cast<std::size_t>(y) * width + x];
-    }
-};
-
-// An image of colours, top row first.
-struct RgbImage {
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-    std::vector<std::uint32_t> pixels;
-    std::uint32_t at(std::int32_t x, std::int32_t y) const {
+    std::vector<Pixel> pixels;
+    Pixel at(std::int32_t x, std::int32_t y) const {
         return pixels[static_cast<std::size_t>(y) * width + x];
     }
 };
+
+// Palette indices.
+using IndexedImage = PixelImage<std::uint8_t>;
+// Colours, 0x00RRGGBB.
+using RgbImage = PixelImage<std::uint32_t>;
 
 // The info header's fields as they will be written. `imageSize` 0 writes the size of the
 // pixel bits; `fileSize` 0 writes the real file size.

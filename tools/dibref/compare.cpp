@@ -29,7 +29,7 @@ IndexedImage randomIndices(std::mt19937& rng, std::int32_t w, std::int32_t h, in
         if (static_cast<int>(rng() % 100) >= runBias) {
             last = static_cast<std::uint8_t>(rng() % static_cast<unsigned>(colors));
         }
-        image.indices.push_back(last);
+        image.pixels.push_back(last);
     }
     return image;
 }
