@@ -1,8 +1,9 @@
-// Compares the bitmap decoder with the Windows reference drawn by norvgl_dibref under Wine.
-// "make DIR" writes a fixed set of generated bitmaps and their target sizes to DIR/list.txt;
-// "check DIR" decodes each with stretchBitmap and compares with the reference's pixels.
+// Compares the driver's Linux bitmap conversion with its Windows one, run by norvgl_dibref
+// under Wine. "make DIR" writes a fixed set of generated bitmaps and their target sizes to
+// DIR/list.txt; "check DIR" converts each and compares with the reference's pixels.
+#include "formats/bitmap_decoder.h"
 #include "picture_assets.h"
-#include "pictures/bitmap_decoder.h"
+#include "platform/platform.h"
 
 #include <cstdio>
 #include <random>
@@ -179,13 +180,12 @@ int check(const std::string& dir) {
         const Case& c = cases[i];
         std::vector<std::uint8_t> actual(static_cast<std::size_t>(c.width) * c.height * 4, 0);
         norvgl::BitmapInfo info;
-        norvgl::BitmapResult r = norvgl::parseBitmap(c.file.data(), c.file.size(), info);
-        if (r == norvgl::BitmapResult::Ok) {
-            r = norvgl::stretchBitmap(c.file.data(), c.file.size(), info, c.width, c.height,
-                                      actual.data());
-        }
-        if ((r != norvgl::BitmapResult::Ok) != refFailed) {
-            std::printf("case %zu: decoder result %d, reference %s\n", i, static_cast<int>(r),
+        const norvgl::BitmapResult r = norvgl::parseBitmap(c.file.data(), c.file.size(), info);
+        const bool drew = r == norvgl::BitmapResult::Ok &&
+                          norvgl::platform::convertBitmap(c.file.data(), c.file.size(), info,
+                                                          c.width, c.height, actual.data());
+        if (drew == refFailed) {
+            std::printf("case %zu: header result %d, reference %s\n", i, static_cast<int>(r),
                         refFailed ? "failed" : "drew");
             ++failures;
             continue;

@@ -1,8 +1,10 @@
-// Windows-side reference for the bitmap decoder: draws each listed bitmap into a fresh 32-bit
-// DIB section with StretchDIBits, as the driver does on Windows, and writes the section's
+// Windows-side reference for the bitmap decoder: draws each listed bitmap with the driver's
+// Windows conversion (a fresh 32-bit DIB section and StretchDIBits) and writes the section's
 // pixels. Input: a list file of lines "NAME.bmp WIDTH HEIGHT"; output: NAME.out beside each
-// bitmap (WIDTH × HEIGHT × 4 bytes, bottom row first), or NAME.fail when the call failed.
-#include <windows.h>
+// bitmap (WIDTH × HEIGHT × 4 bytes, bottom row first), and NAME.fail when the headers were
+// refused or no section could be made.
+#include "formats/bitmap_decoder.h"
+#include "platform/platform.h"
 
 #include <cstdio>
 #include <cstring>
@@ -33,45 +35,16 @@ void writeAll(const std::string& path, const void* data, size_t size) {
     }
 }
 
-// Mirrors the driver's conversion: the header block starts at byte 14, the bits follow the
-// header and the palette by the colours-used rule.
+// Through the driver's own Windows conversion, on a target zeroed as the driver's is. False
+// when the headers are refused or no target bitmap could be made.
 bool draw(const std::vector<unsigned char>& file, int width, int height,
           std::vector<unsigned char>& out) {
-    const unsigned char* block = file.data() + 14;
-    BITMAPINFOHEADER header;
-    std::memcpy(&header, block, sizeof header);
-    unsigned long colors = header.biClrUsed;
-    if (colors == 0) {
-        colors = header.biBitCount < 24 ? 1ul << header.biBitCount : 0;
-    }
-    const unsigned char* bits = block + header.biSize + 4 * colors;
-
-    HDC dc = CreateCompatibleDC(nullptr);
-    BITMAPINFO target;
-    std::memset(&target, 0, sizeof target);
-    target.bmiHeader.biSize = 40;
-    target.bmiHeader.biWidth = width;
-    target.bmiHeader.biHeight = height;
-    target.bmiHeader.biPlanes = 1;
-    target.bmiHeader.biBitCount = 32;
-    void* pixels = nullptr;
-    HBITMAP section = CreateDIBSection(dc, &target, DIB_RGB_COLORS, &pixels, nullptr, 0);
-    if (section == nullptr) {
-        DeleteDC(dc);
+    out.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0);
+    norvgl::BitmapInfo info;
+    if (norvgl::parseBitmap(file.data(), file.size(), info) != norvgl::BitmapResult::Ok)
         return false;
-    }
-    HGDIOBJ old = SelectObject(dc, section);
-    const int lines =
-        StretchDIBits(dc, 0, 0, width, height, 0, 0, header.biWidth,
-                      header.biHeight < 0 ? -header.biHeight : header.biHeight, bits,
-                      reinterpret_cast<const BITMAPINFO*>(block), DIB_RGB_COLORS, SRCCOPY);
-    GdiFlush();
-    out.assign(static_cast<const unsigned char*>(pixels),
-               static_cast<const unsigned char*>(pixels) + static_cast<size_t>(width) * height * 4);
-    SelectObject(dc, old);
-    DeleteObject(section);
-    DeleteDC(dc);
-    return lines != 0;
+    return norvgl::platform::convertBitmap(file.data(), file.size(), info, width, height,
+                                           out.data());
 }
 
 } // namespace
@@ -96,7 +69,7 @@ int main(int argc, char** argv) {
         std::vector<unsigned char> out;
         const std::string path = dir + name;
         const std::string stem = path.substr(0, path.size() - 4);
-        if (!readAll(path, file) || file.size() < 54 || !draw(file, width, height, out)) {
+        if (!readAll(path, file) || !draw(file, width, height, out)) {
             writeAll(stem + ".fail", "", 0);
         }
         writeAll(stem + ".out", out.data(), out.size());
