@@ -1,6 +1,6 @@
 // 3DF reader: texel conversions, level counts and sizes, row order, header refusals, short data.
 #include "picture_assets.h"
-#include "pictures/texture_file.h"
+#include "formats/texture_file.h"
 
 #include <gtest/gtest.h>
 
@@ -168,11 +168,12 @@ TEST(TextureFile, ScansAcceptWhiteSpaceAndTrailingText) {
 TEST(TextureFile, LinesAreAtMost256BytesWithTheLineFeed) {
     const std::string head = "3df v1.1\nrgb565\n";
     const std::string tail = "aspect ratio: 1 1\n";
-    std::string lod = "lod range: 1 8";
-    lod += std::string(255 - lod.size(), ' ') + "\n"; // 256 bytes
-    EXPECT_EQ(readHeader(head + lod + tail), TdfResult::Ok);
-    lod.insert(lod.size() - 1, " "); // 257 bytes
-    EXPECT_EQ(readHeader(head + lod + tail), TdfResult::BadHeader);
+    const std::string value = "lod range: 1 8";
+    const auto lodLine = [&](std::size_t bytes) {
+        return value + std::string(bytes - 1 - value.size(), ' ') + "\n";
+    };
+    EXPECT_EQ(readHeader(head + lodLine(256) + tail), TdfResult::Ok);
+    EXPECT_EQ(readHeader(head + lodLine(257) + tail), TdfResult::BadHeader);
 }
 
 TEST(TextureFile, HeaderValuesItCannotHandleAreRefused) {
