@@ -1,6 +1,6 @@
 // Fuzz target: bitmap header parsing and the stretch, into the size the texture rule would
 // pick and into a second size taken from the file size field.
-#include "pictures/bitmap_decoder.h"
+#include "formats/bitmap_decoder.h"
 
 #include <cstddef>
 #include <cstdint>

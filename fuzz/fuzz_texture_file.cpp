@@ -1,6 +1,6 @@
 // Fuzz target: the 3DF reader on arbitrary bytes. Every converted level is read back whole,
 // so a buffer shorter than its level would show.
-#include "pictures/texture_file.h"
+#include "formats/texture_file.h"
 
 #include <cstddef>
 #include <cstdint>

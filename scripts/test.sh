@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# The whole test suite: installs what is missing, builds everything, starts Xvfb when there is
-# no display, runs the Linux tests, checks both DLLs' export tables, runs the Windows tests
+# The whole test suite: installs what is missing, checks the layering of the sources, builds
+# everything, starts Xvfb when there is no display, runs the Linux tests, checks both DLLs' export tables, runs the Windows tests
 # under Wine, compares the bitmap decoder with the system's under Wine and fuzzes the picture
 # readers briefly.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
+scripts/check_layers.sh
 scripts/build.sh
 source scripts/xvfb.sh
 

@@ -1,7 +1,7 @@
 // Bitmap decoder: header facts, palettes and the colours-used rule, row orders, RLE against
 // the same image uncompressed, RLE escapes, the default-mode stretch, and every refusal.
 #include "picture_assets.h"
-#include "pictures/bitmap_decoder.h"
+#include "formats/bitmap_decoder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Queue submission and flush through the recording table: which GL calls a frame makes, in
 // which order, and how the fixed heaps behave when they fill up.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/limits.h"
 #include "manager3d/manager3d.h"
 #include "support/driver_fixture.h"

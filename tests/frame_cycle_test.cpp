@@ -1,6 +1,6 @@
 // Frame cycle through the recording table: the alternating depth phases, what each render
 // property requests, and what a disabled driver leaves alone.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "support/driver_fixture.h"
 #include "support/gl_recorder.h"

@@ -1,5 +1,5 @@
 // Lights act on GL at once, in host coordinates converted on the way; materials are queue state.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "support/driver_fixture.h"
 #include "support/gl_recorder.h"

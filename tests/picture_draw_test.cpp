@@ -1,6 +1,6 @@
 // Picture drawing: the screen-space quad of a rectangle in pixels or fractions, size
 // defaults, and what reaches the window, for textures and for pictures held as pixels.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "picture_assets.h"
 #include "pictures/pictures.h"

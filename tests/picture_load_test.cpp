@@ -1,7 +1,7 @@
 // Picture loading: signatures and refusals, bitmaps becoming square textures or pixel
 // arrays, transparent black, mip levels made or read, the table's limit and restart.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "pictures/pictures.h"
 #include "picture_assets.h"
 #include "support/driver_fixture.h"

@@ -1,6 +1,6 @@
 // Picture table: ids, bounded names, lookups by id and name, dimensions, texture selection,
 // the box filter of mip levels, and emptying the table with GFX_UnloadAll.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
 #include "support/driver_fixture.h"

@@ -1,6 +1,6 @@
 // Property tables, the last error and its texts, the debug log and the file layer.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "support/driver_fixture.h"
 
 #include <cstring>

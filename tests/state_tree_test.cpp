@@ -1,6 +1,6 @@
 // Render-state tree: node selection, creation, sharing and the limits of the state heap.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/manager3d.h"
 #include "support/driver_fixture.h"
 

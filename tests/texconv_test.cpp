@@ -1,7 +1,7 @@
 // The texture converter end to end: raw RGB or PNG in, 3DF out (read back with the 3DF
 // reader), and a 3DF level back out as PNG.
 #include "picture_assets.h"
-#include "pictures/texture_file.h"
+#include "formats/texture_file.h"
 #include "png_io.h"
 
 #include <gtest/gtest.h>

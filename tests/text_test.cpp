@@ -1,6 +1,6 @@
 // Bitmap-font text: glyph cells and positions in the queue, the text-mode render state and
 // its restoration, the font settings and their checks.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
 #include "support/driver_fixture.h"

@@ -1,7 +1,7 @@
 // Transform stack: what each transform does to GL's modelview matrix, the slots it takes, and
 // untransform, look-at and screen space.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/manager3d.h"
 #include "support/driver_fixture.h"
 #include "support/gl_recorder.h"

@@ -1,6 +1,7 @@
 // Exported entries of the driver frame: properties and errors, context and display modes,
 // frame cycle, teardown, and the shared entries kept for older hosts.
-#include "driver/driver.h"
+#include "core/core.h"
+#include "session/session.h"
 
 using namespace norvgl;
 
@@ -19,7 +20,9 @@ int GFX_GetRenderProperty(int index) {
     return getRenderProperty(index);
 }
 int GFX_SetRenderProperty(int index, int value) {
-    return setRenderProperty(index, value);
+    // Guarded only in part: the value is always stored and the clear of RPROP_CLEAR_COLOR
+    // always acts; the state requests of the other indices follow PROP_ENABLED.
+    return setRenderProperty(index, value, renderingEnabled());
 }
 
 int GFX_Init(void) {
@@ -39,12 +42,18 @@ int GFX_SetResolution(const DisplayModeRecord* mode) {
 }
 
 int GFX_BeginRender(void) {
+    if (!renderingEnabled())
+        return 0;
     return beginRender();
 }
 int GFX_EndRender(void) {
+    if (!renderingEnabled())
+        return 0;
     return endRender();
 }
 int GFX_SetClearColor(float red, float green, float blue, float alpha) {
+    if (!renderingEnabled())
+        return 0;
     return setClearColor(red, green, blue, alpha);
 }
 

@@ -1,6 +1,6 @@
 // Exported entries of pictures and text: loading, dimensions, texture selection, drawing
 // pictures in pixels or fractions of the window, and bitmap-font text.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "pictures/pictures.h"
 
 using namespace norvgl;
@@ -18,7 +18,12 @@ int GFX_GetPictureDimensions(unsigned int id, unsigned int* width, unsigned int*
 }
 
 int GFX_SelectTexture(unsigned int id) {
-    return selectTexture(id);
+    // The picture's texture is looked up before the flag is tested; only the state request
+    // is guarded.
+    const std::uint32_t texture = PictureTexture(id);
+    if (!renderingEnabled())
+        return 0;
+    return requestTexture(texture);
 }
 
 int GFX_DrawPicture(unsigned int id, int x, int y, int width, int height) {
@@ -43,14 +48,20 @@ int GFX_SetFontBitmap(unsigned int id) {
 }
 
 int GFX_BeginText(void) {
+    if (!renderingEnabled())
+        return 0;
     return beginText();
 }
 
 int GFX_EndText(void) {
+    if (!renderingEnabled())
+        return 0;
     return endText();
 }
 
 int GFX_PrintByProportion(float x, float y, const char* text) {
+    if (!renderingEnabled())
+        return 0;
     return printByProportion(x, y, text);
 }
 

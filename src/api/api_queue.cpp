@@ -1,17 +1,13 @@
 // Exported entries of the render queue: state locks, transforms, geometry, lights and
 // materials. Bad pointers and counts are refused here, before anything is recorded.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/lights.h"
 #include "manager3d/manager3d.h"
 
 using namespace norvgl;
 
 namespace {
-
-constexpr std::int32_t kHostVertexStride = 32;
-constexpr std::size_t kNormalOffset = 3;
-constexpr std::size_t kTexCoordOffset = 6;
 
 bool validVertices(unsigned int count, const float* vertices) {
     if (count > 0 && !vertices) {
@@ -38,39 +34,46 @@ int GFX_LockRenderState(unsigned int mask, const void* values) {
 }
 
 void GFX_UnlockRenderState(void) {
-    if (renderingEnabled())
-        Manager3D_UnlockState();
+    if (!renderingEnabled())
+        return;
+    Manager3D_UnlockState();
 }
 
 void GFX_LockRenderMesh(unsigned int type) {
-    if (renderingEnabled())
-        Manager3D_SetTypeOverride(static_cast<std::int32_t>(type));
+    if (!renderingEnabled())
+        return;
+    Manager3D_SetTypeOverride(static_cast<std::int32_t>(type));
 }
 
 void GFX_UnlockRenderMesh(void) {
-    if (renderingEnabled())
-        Manager3D_ClearTypeOverride();
+    if (!renderingEnabled())
+        return;
+    Manager3D_ClearTypeOverride();
 }
 
 void GFX_Translate(float x, float y, float z) {
-    if (renderingEnabled())
-        Manager3D_Translate(x, y, z);
+    if (!renderingEnabled())
+        return;
+    Manager3D_Translate(x, y, z);
 }
 
 void GFX_Rotate(float angle, float x, float y, float z) {
-    if (renderingEnabled())
-        Manager3D_Rotate(angle, x, y, z);
+    if (!renderingEnabled())
+        return;
+    Manager3D_Rotate(angle, x, y, z);
 }
 
 void GFX_Scale(float x, float y, float z) {
-    if (renderingEnabled())
-        Manager3D_Scale(x, y, z);
+    if (!renderingEnabled())
+        return;
+    Manager3D_Scale(x, y, z);
 }
 
 void GFX_Look(float eyeX, float eyeY, float eyeZ, float targetX, float targetY, float targetZ,
               float, float, float) {
-    if (renderingEnabled())
-        Manager3D_LookAt(eyeX, eyeY, eyeZ, targetX, targetY, targetZ);
+    if (!renderingEnabled())
+        return;
+    Manager3D_LookAt(eyeX, eyeY, eyeZ, targetX, targetY, targetZ);
 }
 
 int GFX_Untransform(unsigned int count) {
@@ -84,8 +87,7 @@ int GFX_DrawPolygon(int type, unsigned int count, const float* vertices) {
         return 0;
     if (!validVertices(count, vertices))
         return 1;
-    return Manager3D_Submit(type, count, vertices, vertices + kNormalOffset,
-                            vertices + kTexCoordOffset, nullptr, 0, kHostVertexStride, 1);
+    return Manager3D_SubmitHostVertices(type, count, vertices, nullptr, 0);
 }
 
 int GFX_DrawIndexedPolygon(int type, unsigned int count, const float* vertices,
@@ -109,9 +111,8 @@ int GFX_DrawIndexedPolygon(int type, unsigned int count, const float* vertices,
             return 1;
         }
     }
-    return Manager3D_Submit(type, count, vertices, vertices + kNormalOffset,
-                            vertices + kTexCoordOffset, indices,
-                            static_cast<std::uint16_t>(indexCount), kHostVertexStride, 1);
+    return Manager3D_SubmitHostVertices(type, count, vertices, indices,
+                                        static_cast<std::uint16_t>(indexCount));
 }
 
 int GFX_DrawBillboard(const float* position, float size) {
@@ -122,8 +123,11 @@ int GFX_DrawBillboard(const float* position, float size) {
     const float vertex[8] = {position[0], position[1], position[2], size, 0.0f, 0.0f, 0.0f, 0.0f};
     const std::uint32_t blendAdd = BLEND_ADD;
     const std::uint32_t blendOff = BLEND_OFF;
+    // Not guarded as a whole: the two blend requests always go to the queue, only the
+    // billboard's own submission follows PROP_ENABLED.
     Manager3D_StateCommand(STATE_BLEND, &blendAdd);
-    GFX_DrawPolygon(PRIM_BILLBOARD, 1, vertex);
+    if (renderingEnabled())
+        Manager3D_SubmitHostVertices(PRIM_BILLBOARD, 1, vertex, nullptr, 0);
     Manager3D_StateCommand(STATE_BLEND, &blendOff);
     return 0;
 }
@@ -152,6 +156,8 @@ int GFX_RemoveLight(unsigned int light) {
 int GFX_SetMaterialColorEx(float ambientR, float ambientG, float ambientB, float ambientA,
                            float diffuseR, float diffuseG, float diffuseB, float diffuseA,
                            float specularR, float specularG, float specularB, float specularA) {
+    if (!renderingEnabled())
+        return 0;
     const float colors[12] = {ambientR, ambientG, ambientB,  ambientA,  diffuseR,  diffuseG,
                               diffuseB, diffuseA, specularR, specularG, specularB, specularA};
     return setMaterialColor(colors);
@@ -160,8 +166,12 @@ int GFX_SetMaterialColorEx(float ambientR, float ambientG, float ambientB, float
 int GFX_SetMaterialColor(float ambientR, float ambientG, float ambientB, float diffuseR,
                          float diffuseG, float diffuseB, float specularR, float specularG,
                          float specularB) {
-    return GFX_SetMaterialColorEx(ambientR, ambientG, ambientB, 1.0f, diffuseR, diffuseG, diffuseB,
-                                  1.0f, specularR, specularG, specularB, 1.0f);
+    if (!renderingEnabled())
+        return 0;
+    // Opaque in all three colours.
+    const float colors[12] = {ambientR, ambientG, ambientB,  1.0f,      diffuseR,  diffuseG,
+                              diffuseB, 1.0f,     specularR, specularG, specularB, 1.0f};
+    return setMaterialColor(colors);
 }
 
 } // extern "C"

@@ -1,7 +1,7 @@
 // Queue flush: the frame reset, and the end-of-frame walk that draws every batch grouped by
 // state, sending a GL state call only where a node's key differs from what was last applied.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/manager3d.h"
 #include "platform/gl_table.h"
 
@@ -74,6 +74,14 @@ void Manager3D_ApplyMaterial(const float* ambient, const float* diffuse, const f
     gl.Materialfv(GL_FRONT, GL_SPECULAR, specular);
 }
 
+void Manager3D_ContextCreated() {
+    m3d.appliedCull = CULL_ON;
+}
+
+void Manager3D_SetParticlePass(void (*pass)()) {
+    m3d.particlePass = pass;
+}
+
 void Manager3D_BeginFrame() {
     if (!Manager3D_HeapsReady())
         return;
@@ -117,7 +125,8 @@ void Manager3D_EndFrame() {
     m3d.typeOverride = PRIM_NONE;
 
     Manager3D_DrawTree(m3d.rootNode);
-    Particle_DrawAll();
+    if (m3d.particlePass)
+        m3d.particlePass();
 
     gl.Disable(GL_BLEND);
     gl.Enable(GL_DEPTH_TEST);

@@ -2,7 +2,8 @@
 // material colours are a key of the render-state tree and reach GL when the flush draws.
 #include "manager3d/lights.h"
 
-#include "driver/driver.h"
+#include "norvgl.h"
+
 #include "manager3d/manager3d.h"
 #include "platform/gl_table.h"
 
@@ -67,8 +68,6 @@ int removeLight(std::uint32_t light) {
 }
 
 int setMaterialColor(const float colors[12]) {
-    if (!renderingEnabled())
-        return 0;
     return Manager3D_StateCommand(STATE_MATERIAL, colors);
 }
 

@@ -83,6 +83,9 @@ struct Manager3DState {
     std::uint16_t appliedTexture;
     const Matrix4* appliedModelview;
     const Matrix4* appliedProjection;
+
+    // Drawn by the end of frame after the state tree; set by the layer that owns particles.
+    void (*particlePass)();
 };
 
 extern Manager3DState m3d;
@@ -90,6 +93,8 @@ extern Manager3DState m3d;
 // Heaps and the state tree.
 int Manager3D_InitHeaps();
 void Manager3D_FreeHeaps();
+// Back to the state of a fresh load: pools freed, every cursor, cache and hook cleared.
+void Manager3D_Reset();
 bool Manager3D_HeapsReady();
 int Manager3D_StateCommand(std::uint32_t mask, const void* values);
 StateNode* Manager3D_FindOrInsert(const StateNode& templ);
@@ -110,22 +115,26 @@ void Manager3D_LookAt(float eyeX, float eyeY, float eyeZ, float targetX, float t
 int Manager3D_Untransform(std::uint32_t n);
 void Manager3D_Perspective(float aspect, float zNear, float zFar);
 void Manager3D_ScreenSpace(bool on);
-const Matrix4* Manager3D_CurrentModelview();
 void Manager3D_ResetTransforms();
 
 // Submission.
 int Manager3D_Submit(std::int32_t type, std::uint32_t count, const float* positions,
                      const float* normals, const float* texCoords, const std::uint16_t* indices,
                      std::uint16_t indexCount, std::int32_t stride, int copy);
+// Host vertices: eight floats each (position, normal, texture coordinate), 32 bytes apart,
+// copied into the heap. `vertices` may be null only when `count` is 0.
+int Manager3D_SubmitHostVertices(std::int32_t type, std::uint32_t count, const float* vertices,
+                                 const std::uint16_t* indices, std::uint16_t indexCount);
 
 // Frame.
+// A new rendering context starts with culling on; the flush's cache follows it.
+void Manager3D_ContextCreated();
+void Manager3D_SetParticlePass(void (*pass)());
 void Manager3D_BeginFrame();
 void Manager3D_EndFrame();
 void Manager3D_DrawTree(StateNode* root);
 void Manager3D_DrawNode(StateNode* node);
 void Manager3D_ApplyMaterial(const float* ambient, const float* diffuse, const float* specular);
-// Particle pass of the end of frame; draws the particle systems requested in the frame.
-void Particle_DrawAll();
 
 // Lights.
 void Manager3D_SetLightPosition(std::uint32_t light, float x, float y, float z);

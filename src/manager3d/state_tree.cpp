@@ -1,7 +1,7 @@
 // Render-state tree: finds or creates the node for a state request. Nodes come from a fixed
 // heap rewound every frame; the first five records are the permanent chain of frame defaults.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/manager3d.h"
 
 #include <cstdlib>
@@ -87,6 +87,11 @@ void Manager3D_FreeHeaps() {
     m3d.stateHeap = nullptr;
     m3d.batchHeap = nullptr;
     m3d.rootNode = m3d.currentNode = nullptr;
+}
+
+void Manager3D_Reset() {
+    Manager3D_FreeHeaps();
+    std::memset(&m3d, 0, sizeof m3d);
 }
 
 int Manager3D_InitHeaps() {

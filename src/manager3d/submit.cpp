@@ -1,7 +1,7 @@
 // Geometry submission: copies host vertices into the vertex heap in GL's coordinates (z and v
 // negated) and files them as a batch under the current node, merging runs that can share a draw.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/manager3d.h"
 
 #include <cstring>
@@ -11,6 +11,9 @@ namespace norvgl {
 namespace {
 
 constexpr std::uint16_t kBillboardIndices[6] = {0, 1, 2, 0, 2, 3};
+constexpr std::int32_t kHostVertexStride = 32;
+constexpr std::size_t kHostNormalOffset = 3;   // floats
+constexpr std::size_t kHostTexCoordOffset = 6; // floats
 constexpr std::uint32_t kBillboardVertices = 4;
 
 const float* at(const float* base, std::uint32_t i, std::int32_t stride) {
@@ -173,6 +176,15 @@ int Manager3D_Submit(std::int32_t type, std::uint32_t count, const float* positi
     lists[0]->indices = indices;
     lists[0]->indexCount = indexCount;
     return 0;
+}
+
+int Manager3D_SubmitHostVertices(std::int32_t type, std::uint32_t count, const float* vertices,
+                                 const std::uint16_t* indices, std::uint16_t indexCount) {
+    // No offset is taken from a null array: an empty submission carries none.
+    const float* normals = vertices ? vertices + kHostNormalOffset : nullptr;
+    const float* texCoords = vertices ? vertices + kHostTexCoordOffset : nullptr;
+    return Manager3D_Submit(type, count, vertices, normals, texCoords, indices, indexCount,
+                            kHostVertexStride, 1);
 }
 
 } // namespace norvgl

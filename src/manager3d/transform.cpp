@@ -1,7 +1,7 @@
 // Transform stack: each transform is applied to GL's modelview matrix at once and read back
 // into the next slot of the matrix heap, so batches can keep a pointer to the slot they need.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "manager3d/manager3d.h"
 #include "platform/gl_table.h"
 
@@ -123,10 +123,6 @@ void Manager3D_ScreenSpace(bool on) {
         --m3d.screenSpaceDepth;
         --m3d.projectionIndex;
     }
-}
-
-const Matrix4* Manager3D_CurrentModelview() {
-    return &m3d.matrixHeap[m3d.currentMatrix];
 }
 
 } // namespace norvgl

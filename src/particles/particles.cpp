@@ -1,5 +1,5 @@
 // Particle systems: the end-of-frame pass that draws the systems requested in the frame.
-#include "manager3d/manager3d.h"
+#include "particles/particles.h"
 
 namespace norvgl {
 

@@ -1,6 +1,7 @@
 // Picture drawing: a rectangle in window pixels or fractions, top-left origin, becomes one
 // textured quad queued in screen space; a picture held as pixels is copied to the frame at once.
-#include "driver/driver.h"
+#include "core/core.h"
+#include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
 #include "platform/gl_table.h"
 
@@ -12,7 +13,6 @@ constexpr int kQuadVertices = 4;
 constexpr int kVertexFloats = 8;
 
 void drawPixels(const PictureRecord& record) {
-    loadGlTable();
     // The pixels land at the context's raster position, which stays at its initial place,
     // the window's lower-left corner. That position's depth (0) would fail the far-to-near
     // test of every other frame, so the copy is made without depth testing; between frames
@@ -21,6 +21,12 @@ void drawPixels(const PictureRecord& record) {
     gl.DrawPixels(static_cast<GLsizei>(record.width), static_cast<GLsizei>(record.height), GL_RGBA,
                   GL_UNSIGNED_BYTE, record.pixels);
     gl.Enable(GL_DEPTH_TEST);
+}
+
+// As the host's RPROP_SCREEN_SPACE does: the stored property follows the queue.
+void setScreenSpace(bool on) {
+    driver.renderProperties[RPROP_SCREEN_SPACE] = on ? 1 : 0;
+    Manager3D_ScreenSpace(on);
 }
 
 } // namespace
@@ -62,10 +68,10 @@ int DrawPictureRect(std::uint32_t id, float x, float y, float width, float heigh
     setScreenVertex(quad + 2 * kVertexFloats, X + W, Y - H, 1.0f, 1.0f);
     setScreenVertex(quad + 3 * kVertexFloats, X + W, Y, 1.0f, 0.0f);
 
-    GFX_SelectTexture(id);
-    GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 1);
-    GFX_DrawPolygon(PRIM_QUADS, kQuadVertices, quad);
-    GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+    requestTexture(PictureTexture(id));
+    setScreenSpace(true);
+    Manager3D_SubmitHostVertices(PRIM_QUADS, kQuadVertices, quad, nullptr, 0);
+    setScreenSpace(false);
     return 0;
 }
 

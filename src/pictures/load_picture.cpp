@@ -1,10 +1,10 @@
 // Picture loading: a file or a block of memory is recognised by its signature and read as a
 // 3DF texture file or a Windows bitmap into the next record of the picture table.
-#include "driver/driver.h"
-#include "driver/messages.h"
-#include "pictures/bitmap_decoder.h"
+#include "core/core.h"
+#include "core/messages.h"
+#include "formats/bitmap_decoder.h"
 #include "pictures/pictures.h"
-#include "pictures/texture_file.h"
+#include "formats/texture_file.h"
 #include "platform/gl_table.h"
 #include "platform/platform.h"
 
@@ -124,7 +124,6 @@ int LoadPictureData(const char* name, const void* data, std::size_t size, std::u
         ReportError(ERR_INVALID_FILE_DATA, nullptr);
         return 1;
     }
-    loadGlTable();
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     PictureRecord& record = nextPictureRecord();
     int result;

@@ -1,6 +1,6 @@
 // Picture table: ids in load order, lookups by id and by name, texture objects with their
 // wrap and filter settings, the box filters that make mip levels, and emptying the table.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
 #include "platform/gl_table.h"
@@ -128,10 +128,7 @@ int getPictureDimensions(std::uint32_t id, std::uint32_t* width, std::uint32_t* 
     return 0;
 }
 
-int selectTexture(std::uint32_t id) {
-    const std::uint32_t texture = PictureTexture(id);
-    if (!renderingEnabled())
-        return 0;
+int requestTexture(std::uint32_t texture) {
     return Manager3D_StateCommand(STATE_TEXTURE, &texture);
 }
 
@@ -148,9 +145,17 @@ void UnloadPictures() {
         std::free(record.pixels);
         record.pixels = nullptr;
     }
-    loadGlTable();
     gl.DeleteTextures(static_cast<GLsizei>(count), names);
     pictures.pictureCount = 0;
+}
+
+void Pictures_Reset() {
+    for (PictureRecord& record : pictures.table) {
+        std::free(record.pixels);
+        record = PictureRecord{};
+    }
+    pictures.pictureCount = 0;
+    font = FontState{};
 }
 
 } // namespace norvgl

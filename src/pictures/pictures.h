@@ -54,8 +54,12 @@ void HalveRgb(std::uint8_t* pixels, std::uint32_t width, std::uint32_t height);
 void HalveRgba(std::uint8_t* pixels, std::uint32_t width, std::uint32_t height);
 int getPictureDimensions(std::uint32_t id, std::uint32_t* width, std::uint32_t* height,
                          std::uint32_t* extra);
-int selectTexture(std::uint32_t id);
+// State request for a texture name, as looked up by PictureTexture.
+int requestTexture(std::uint32_t texture);
 void UnloadPictures();
+// Back to the state of a fresh load, without GL: records and pixels freed, font unset. The
+// textures are the context's, gone with it.
+void Pictures_Reset();
 
 // Loading. `size` bounds every read of `data`; a load from memory passes kUnknownSize.
 inline constexpr std::size_t kUnknownSize = static_cast<std::size_t>(-1);

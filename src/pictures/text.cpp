@@ -1,6 +1,6 @@
 // Bitmap-font text: a loaded picture holds a 16 x 16 grid of glyph cells; each character
 // becomes two screen-space triangles, queued under text mode's own render state.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
 
@@ -19,7 +19,7 @@ constexpr std::uint32_t kTextStateMask = STATE_DEPTH | STATE_BLEND | STATE_MATER
 constexpr std::uint8_t kSpace = 32;
 
 bool textModeAvailable() {
-    return renderingEnabled() && driver.properties[PROP_NO_TEXTURES] == 0;
+    return driver.properties[PROP_NO_TEXTURES] == 0;
 }
 
 // The font picture's texture name. A picture ordinarily has the texture name equal to its
@@ -77,7 +77,7 @@ int endText() {
 }
 
 int printByProportion(float x, float y, const char* text) {
-    if (!renderingEnabled() || !text)
+    if (!text)
         return 0;
     const float cw = 2.0f * font.fontWidth;
     const float ch = 2.0f * font.fontHeight;
@@ -106,7 +106,7 @@ int printByProportion(float x, float y, const char* text) {
         setScreenVertex(glyph + 3 * kVertexFloats, xl, yb, s0, t1);
         setScreenVertex(glyph + 4 * kVertexFloats, xr, yb, s1, t1);
         setScreenVertex(glyph + 5 * kVertexFloats, xr, yt, s1, t0);
-        GFX_DrawPolygon(PRIM_TRIANGLES, kGlyphVertices, glyph);
+        Manager3D_SubmitHostVertices(PRIM_TRIANGLES, kGlyphVertices, glyph, nullptr, 0);
     }
     return 0;
 }

@@ -3,11 +3,7 @@
 
 namespace norvgl {
 
-GlTable gl;
-
 namespace {
-
-bool loaded = false;
 
 template <typename F> F* entry(F* function) {
     return function;
@@ -28,12 +24,10 @@ const GlTable& systemGlTable() {
     return table;
 }
 
-void loadGlTable() {
-    if (loaded)
-        return;
-    gl = systemGlTable();
-    loaded = true;
-}
+// Filled while the library is loaded, before any entry can run: a call that comes before
+// GFX_Init, or after GFX_Destroy, reaches GL (which ignores it without a context) rather than
+// a null entry.
+GlTable gl = systemGlTable();
 
 const char* glCallName(GlCall call) {
     static const char* const names[] = {

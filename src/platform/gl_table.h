@@ -29,9 +29,6 @@ extern GlTable gl;
 // Name of a call as GL spells it ("glEnable", "gluLookAt").
 const char* glCallName(GlCall call);
 
-// Fills `gl` from the system library the first time; later calls keep what is there, so a
-// recording table installed before GFX_Init survives it.
-void loadGlTable();
 // The system library's entry points, whatever `gl` currently holds.
 const GlTable& systemGlTable();
 

@@ -2,12 +2,10 @@
 // device and rendering contexts, display modes, files, ticks. One implementation per system.
 #pragma once
 
+#include "formats/bitmap_decoder.h"
+
 #include <cstddef>
 #include <cstdint>
-
-namespace norvgl {
-struct BitmapInfo;
-}
 
 namespace norvgl::platform {
 

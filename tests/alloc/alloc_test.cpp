@@ -3,7 +3,7 @@
 // system's libraries is not the driver's and is not counted: GL is reached only through the
 // driver's GL table, which is wrapped here, and the two X calls of a buffer swap (glXSwapBuffers
 // and the XSync that catches a destroyed window's error) are interposed below.
-#include "driver/driver.h"
+#include "core/core.h"
 #include "platform/gl_table.h"
 #include "support/driver_fixture.h"
 #include "support/scene.h"

@@ -1,8 +1,9 @@
 // Per-test directory and a fresh driver; window tests attach the driver to a real window.
 #include "support/driver_fixture.h"
 
-#include "driver/driver.h"
-#include "platform/gl_table.h"
+#include "manager3d/manager3d.h"
+#include "pictures/pictures.h"
+#include "session/session.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -26,8 +27,10 @@ void DriverTest::SetUp() {
     ASSERT_NE(made, nullptr);
     directory_ = made;
     std::filesystem::current_path(directory_);
-    norvgl::loadGlTable();
-    norvgl::libraryAttach();
+    // As after a fresh load: the tables of every layer back to their load-time state.
+    norvgl::Manager3D_Reset();
+    norvgl::Pictures_Reset();
+    norvgl::attachLibrary();
 }
 
 void DriverTest::TearDown() {

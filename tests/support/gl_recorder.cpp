@@ -57,7 +57,6 @@ std::string RecordedCall::text() const {
 }
 
 GlRecorder::GlRecorder() {
-    norvgl::loadGlTable();
     real_ = norvgl::gl;
     active = this;
 #define NVGL_GL(result, name, params, args) norvgl::gl.name = record_##name;

@@ -1,7 +1,7 @@
 // Texture converter: writes 3DF texture files from a PNG or raw RGB image (either texel
 // format, with mip levels made by 2 × 2 averages) and turns a 3DF level back into a PNG.
 #include "picture_assets.h"
-#include "pictures/texture_file.h"
+#include "formats/texture_file.h"
 #include "png_io.h"
 
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Bitmap conversion on Windows: GDI draws the file's image, palettes and run-length coding
 // included, stretched into a 32-bit device-independent bitmap section.
-#include "pictures/bitmap_decoder.h"
+#include "formats/bitmap_decoder.h"
 #include "platform/gl_headers.h"
 #include "platform/platform.h"
 

@@ -1,6 +1,6 @@
 // Bitmap conversion on Linux: the system has no device-independent bitmaps, so the driver's
 // own decoder draws the image with the stretch that the Windows default mode gives.
-#include "pictures/bitmap_decoder.h"
+#include "formats/bitmap_decoder.h"
 #include "platform/platform.h"
 
 namespace norvgl::platform {

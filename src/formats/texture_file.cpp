@@ -1,7 +1,7 @@
 // 3DF texture files: header lines, level count and texel conversion. Every read is checked
 // against the length of the data; the header's numbers are checked before anything is
 // allocated, so a short file never causes a large allocation.
-#include "pictures/texture_file.h"
+#include "formats/texture_file.h"
 
 #include <cstring>
 #include <new>

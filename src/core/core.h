@@ -1,5 +1,5 @@
-// Driver frame: property tables, last error, debug log and file layer, rendering context,
-// display modes, frame cycle and teardown. All of it is module-wide state in `driver`.
+// Core of the driver: the property tables, the last error, the debug log, the file layer and
+// the clock. Module-wide state in `driver`; every layer above may read it.
 #pragma once
 
 #include "norvgl.h"
@@ -32,8 +32,6 @@ struct DriverState {
     std::int32_t clientHeight;
     // Last ObjectId issued; shared by every kind of object.
     std::uint32_t objectIdCounter;
-    // Which half of the depth range the next frame uses.
-    bool depthPhase;
 };
 
 extern DriverState driver;
@@ -42,7 +40,7 @@ inline bool renderingEnabled() {
     return driver.properties[PROP_ENABLED] != 0;
 }
 
-// Library entry: banner, property tables, last error. Run once when the library is loaded.
+// Load-time set-up of the core: banner, property tables, last error. Also the core's reset.
 void libraryAttach();
 
 // Properties and errors.
@@ -51,7 +49,6 @@ void getLastError(char* title, char* details);
 std::intptr_t getProperty(std::uint32_t index);
 int setProperty(std::uint32_t index, std::intptr_t value);
 int getRenderProperty(std::int32_t index);
-int setRenderProperty(std::int32_t index, std::int32_t value);
 
 // Debug log and files.
 enum FileMode : std::uint32_t { FILE_READ = 1, FILE_WRITE = 2, FILE_APPEND = 4 };
@@ -66,18 +63,5 @@ int FileWrite(const void* source, std::uint32_t count, std::intptr_t handle);
 int MemAlloc(std::uint32_t count, void** block);
 int MemFree(void** block);
 double ClockSeconds();
-
-// Rendering context, display modes, teardown.
-int initContext();
-int enumResolutions(DisplayModeRecord* mode);
-int setResolution(const DisplayModeRecord* mode);
-int destroyContext();
-int unloadAll();
-std::uint32_t nextObjectId();
-
-// Frame cycle.
-int beginRender();
-int endRender();
-int setClearColor(float red, float green, float blue, float alpha);
 
 } // namespace norvgl

@@ -1,7 +1,7 @@
 // Driver and render property tables, the last error with its table of texts, and the library
 // entry that initialises them. Every failure of the driver is recorded through ReportError.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 
 #include <cstdio>
 #include <cstring>
@@ -40,7 +40,8 @@ void libraryAttach() {
     DebugLog("%s", kBannerStars);
     DebugLog("%s", kBannerEntry);
     resetTables();
-    driver.depthPhase = true;
+    driver.clientWidth = driver.clientHeight = 0;
+    driver.objectIdCounter = 0;
     ReportError(ERR_NONE, nullptr);
 }
 

@@ -1,7 +1,7 @@
 // Windows bitmaps: header checks, palette and RLE decoding, and the stretch into 32-bit
 // pixels. Every read is checked against the file size field, which is itself checked
 // against the length of the data.
-#include "pictures/bitmap_decoder.h"
+#include "formats/bitmap_decoder.h"
 
 #include <cstring>
 #include <memory>

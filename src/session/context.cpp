@@ -1,21 +1,27 @@
 // Rendering context and display modes: GFX_Init attaches the driver to the host's window with
 // its initial GL state and projection; teardown gives all of it back.
-#include "driver/driver.h"
 #include "manager3d/manager3d.h"
+#include "particles/particles.h"
 #include "pictures/pictures.h"
 #include "platform/gl_table.h"
 #include "platform/platform.h"
+#include "session/session.h"
 
 #include <vector>
 
 namespace norvgl {
+
+void attachLibrary() {
+    libraryAttach();
+    session = SessionState{};
+    Manager3D_SetParticlePass(Particle_DrawAll);
+}
 
 int initContext() {
     if (Manager3D_InitHeaps() != 0) {
         ReportError(ERR_OUT_OF_MEMORY, "the render queue's pools could not be allocated");
         return 1;
     }
-    loadGlTable();
     if (!platform::attachWindow(getProperty(PROP_WINDOW))) {
         ReportError(ERR_SET_PIXEL_FORMAT, nullptr);
         return 1;
@@ -29,8 +35,7 @@ int initContext() {
     gl.DepthRange(0.0, 0.5);
     gl.ClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     gl.Enable(GL_CULL_FACE);
-    // The flush's cull cache lives across frames; a new context starts with culling on.
-    m3d.appliedCull = CULL_ON;
+    Manager3D_ContextCreated();
     gl.Enable(GL_NORMALIZE);
     gl.EnableClientState(GL_VERTEX_ARRAY);
     gl.EnableClientState(GL_NORMAL_ARRAY);
@@ -51,10 +56,6 @@ int initContext() {
     gl.LoadIdentity();
     driver.objectIdCounter = 0;
     return 0;
-}
-
-std::uint32_t nextObjectId() {
-    return ++driver.objectIdCounter;
 }
 
 int enumResolutions(DisplayModeRecord* mode) {
@@ -108,7 +109,6 @@ int unloadAll() {
 
 int destroyContext() {
     Manager3D_FreeHeaps();
-    loadGlTable();
     unloadAll();
     if (driver.properties[PROP_MODE_CHANGED])
         platform::restoreDisplayMode();

@@ -1,7 +1,7 @@
 // Debug log ("debuglog.txt", one open-append-close per entry, CR LF endings), the small file
 // layer shared with picture loading, memory blocks, and the seconds clock.
-#include "driver/driver.h"
-#include "driver/messages.h"
+#include "core/core.h"
+#include "core/messages.h"
 #include "platform/platform.h"
 
 #include <cstdio>
