@@ -174,7 +174,12 @@ NORVGL_API int GFX_SetMaterialColor(float ambientR, float ambientG, float ambien
                                     float diffuseG, float diffuseB, float specularR,
                                     float specularG, float specularB);
 
-/* Pictures and text */
+/* Pictures and text.
+   GFX_LoadPicture reads a 3DF file or a Windows bitmap, from the named file or, when data is
+   not null, from memory. Pictures become textures of the rendering context, so they load only
+   between a successful GFX_Init and GFX_Destroy: a load without a context returns 1 with the
+   last error ERR_CREATE_CONTEXT. A name that is not a regular file (a pipe, a device, a
+   directory) is refused as a missing file, ERR_FILE_NOT_FOUND. */
 NORVGL_API int GFX_LoadPicture(const char* name, const void* data, unsigned int aux,
                                unsigned int* id, unsigned int flags);
 NORVGL_API int GFX_GetPictureDimensions(unsigned int id, unsigned int* width, unsigned int* height,

@@ -6,6 +6,7 @@
 #include "support/gl_recorder.h"
 
 #include <GL/gl.h>
+#include <X11/Xlib.h>
 
 using namespace norvgl;
 using nvtest::DriverTest;
@@ -138,3 +139,45 @@ TEST_F(DriverTest, DisplayModesEnumerateRestartAndMatchExactly) {
 }
 
 } // namespace
+
+namespace x11host {
+
+int hostErrors = 0;
+int countHostError(Display*, XErrorEvent*) {
+    ++hostErrors;
+    return 0;
+}
+
+} // namespace x11host
+
+TEST_F(DriverTest, HostHandlerInstalledLaterGetsOnlyItsOwnErrorsAndTheDriverSurvivesItsWindow) {
+    Display* host = XOpenDisplay(nullptr);
+    ASSERT_NE(host, nullptr);
+    const Window window = XCreateSimpleWindow(host, DefaultRootWindow(host), 0, 0, 64, 64, 0, 0, 0);
+    XMapWindow(host, window);
+    XSync(host, False);
+    GFX_SetProperty(PROP_WINDOW, static_cast<std::intptr_t>(window));
+    ASSERT_EQ(GFX_Init(), 0);
+
+    // The host puts in its own handler after GFX_Init, then destroys the driver's window.
+    x11host::hostErrors = 0;
+    const XErrorHandler before = XSetErrorHandler(x11host::countHostError);
+    XDestroyWindow(host, window);
+    XSync(host, False);
+    const float triangle[24] = {0, 0, 50, 0, 0, 1,  0,  0, 10, 0, 50, 0,
+                                0, 1, 1,  0, 0, 10, 50, 0, 0,  1, 0,  1};
+    EXPECT_EQ(GFX_BeginRender(), 0);
+    GFX_DrawPolygon(PRIM_TRIANGLES, 3, triangle);
+    EXPECT_EQ(GFX_EndRender(), 0);
+    EXPECT_EQ(x11host::hostErrors, 0); // the driver's errors stayed the driver's
+
+    // An error of the host's own connection still reaches the host's handler.
+    XWindowAttributes attributes;
+    XGetWindowAttributes(host, window, &attributes);
+    XSync(host, False);
+    EXPECT_EQ(x11host::hostErrors, 1);
+
+    GFX_Destroy();
+    XSetErrorHandler(before);
+    XCloseDisplay(host);
+}

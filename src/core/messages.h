@@ -63,6 +63,8 @@ inline constexpr char kTrianglesWithoutNormals[] =
 inline constexpr char kUnknownBitmapType[] = "Unknown bitmap type: %s!";
 inline constexpr char kBitmapBitsUnsupported[] = "Could not create bitmap: bits = %d";
 inline constexpr char kNoDibSection[] = "Norvgl: Could not create DIB section";
+inline constexpr char kNoContextForPicture[] =
+    "no rendering context: pictures load between GFX_Init and GFX_Destroy";
 
 // Parameter checks at the boundary (detail texts of ERR_INVALID_PARAMETER).
 inline constexpr char kNullStateValues[] = "state values are NULL for mask %u";

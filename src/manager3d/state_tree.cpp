@@ -86,12 +86,24 @@ void Manager3D_FreeHeaps() {
     m3d.positions = m3d.normals = m3d.texCoords = nullptr;
     m3d.stateHeap = nullptr;
     m3d.batchHeap = nullptr;
+    // Nothing may keep pointing into the freed pools: a text mode or a lock left open across
+    // GFX_Destroy finds an empty queue, not the old nodes.
     m3d.rootNode = m3d.currentNode = nullptr;
+    m3d.savedCount = 0;
+    m3d.savedOverflow = 0;
+    m3d.stateLocked = false;
+    m3d.positionCursor = m3d.normalCursor = m3d.texCoordCursor = 0;
+    m3d.stateCursor = 0;
+    m3d.batchCursor = 0;
 }
 
 void Manager3D_Reset() {
     Manager3D_FreeHeaps();
     std::memset(&m3d, 0, sizeof m3d);
+    // The transform cursors are valid from the start: screen space and untransforms before
+    // any frame find the identity slots, not a cursor of 0 to step back from.
+    Manager3D_ResetTransforms();
+    m3d.typeOverride = PRIM_NONE;
 }
 
 int Manager3D_InitHeaps() {

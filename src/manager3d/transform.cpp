@@ -115,6 +115,7 @@ void Manager3D_ScreenSpace(bool on) {
         m3d.currentMatrix = kIdentitySlot;
         return;
     }
+    // The slot written last; slot 1 at least, since the cursors never go below their reset.
     m3d.currentMatrix = m3d.nextMatrix - 1;
     // An exit without a matching entry keeps the frame's perspective in place.
     if (m3d.screenSpaceOverflow > 0) {

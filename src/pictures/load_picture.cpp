@@ -94,6 +94,11 @@ void releasePixels(PictureRecord& record) {
 
 int loadPicture(const char* name, const void* data, std::uint32_t aux, std::uint32_t* idOut,
                 std::uint32_t flags) {
+    // A texture made now would belong to no context and draw white for ever.
+    if (!platform::hasContext()) {
+        ReportError(ERR_CREATE_CONTEXT, kNoContextForPicture);
+        return 1;
+    }
     if (data)
         return LoadPictureData(name, data, kUnknownSize, aux, idOut, flags);
     if (!name) {
@@ -124,6 +129,7 @@ int LoadPictureData(const char* name, const void* data, std::size_t size, std::u
         ReportError(ERR_INVALID_FILE_DATA, nullptr);
         return 1;
     }
+
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     PictureRecord& record = nextPictureRecord();
     int result;

@@ -11,11 +11,20 @@ namespace norvgl::platform {
 
 // Device context: takes the host window named by `window`, chooses and sets the closest
 // pixel format (RGBA, double-buffered, 16-bit colour and depth asked for). False when no
-// such format can be set on it, which includes a window handle that names no window.
+// such format can be set on it, which includes a window handle that names no window; the
+// window and context held before are then kept as they were.
 bool attachWindow(std::intptr_t window);
-// Creates the rendering context on the attached window and makes it current. Results are
-// not examined by the caller: a context that could not be made leaves GL calls without effect.
+// Makes a rendering context current on the window attachWindow took: the context already
+// held when it is the same window, else a new one that shares textures and display lists
+// with the context held before, which is then released. Results are not examined by the
+// caller: a context that could not be made leaves GL calls without effect.
 void createContext();
+// Whether a rendering context is held: GL objects made now will belong to it.
+bool hasContext();
+// Errors that the system reports on the driver's own connection to the window system must
+// never end the host's process. Called at each frame's start and end, so that the driver's
+// trap stays in front of any handler the host installed since.
+void keepErrorTrap();
 // Client size of the attached window in pixels.
 void clientSize(std::int32_t& width, std::int32_t& height);
 void swapBuffers();

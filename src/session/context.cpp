@@ -14,6 +14,8 @@ namespace norvgl {
 void attachLibrary() {
     libraryAttach();
     session = SessionState{};
+    Manager3D_Reset();
+    Pictures_Reset();
     Manager3D_SetParticlePass(Particle_DrawAll);
 }
 

@@ -18,6 +18,7 @@ void request(std::uint32_t mask, std::uint32_t value) {
 SessionState session;
 
 int beginRender() {
+    platform::keepErrorTrap();
     // Each frame writes depth into its own half of the range, so the depth buffer of the
     // frame before never has to be cleared.
     if (session.depthPhase) {
@@ -35,6 +36,7 @@ int beginRender() {
 }
 
 int endRender() {
+    platform::keepErrorTrap();
     Manager3D_EndFrame();
     gl.Flush();
     platform::swapBuffers();

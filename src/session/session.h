@@ -15,8 +15,8 @@ struct SessionState {
 
 extern SessionState session;
 
-// Load-time set-up of the whole library: the core's tables, the frame phase and the hooks
-// between layers.
+// Load-time set-up of the whole library: the core's tables, the frame phase, an empty queue
+// and picture table, and the hooks between layers. Tests call it as the reset of them all.
 void attachLibrary();
 
 // Rendering context, display modes, teardown.

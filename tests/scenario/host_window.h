@@ -24,12 +24,31 @@ public:
     int clientHeight() const { return height_; }
     // What the window's client area shows now: the last frame the driver swapped to it.
     Image capture() const;
+    // The host destroys its window now, while the driver may still hold it; handle() keeps
+    // naming the window that was.
+    void destroy();
 
 private:
     int width_;
     int height_;
     void* connection_ = nullptr; // X11: the host's own display connection
     std::uintptr_t window_ = 0;
+    bool destroyed_ = false;
+};
+
+// A name in the file system that is a pipe no one writes to: opening and reading it as a
+// file would wait for ever.
+class PipeName {
+public:
+    PipeName();
+    ~PipeName();
+    PipeName(const PipeName&) = delete;
+    PipeName& operator=(const PipeName&) = delete;
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+    std::uintptr_t object_ = 0; // Win32: the pipe's server end
 };
 
 // A live system object whose handle names no window (an X pixmap, a Win32 event).

@@ -70,8 +70,17 @@ HostWindow::HostWindow(int clientWidth, int clientHeight)
 }
 
 HostWindow::~HostWindow() {
+    if (!destroyed_)
+        DestroyWindow(reinterpret_cast<HWND>(window_));
+    pumpMessages();
+}
+
+void HostWindow::destroy() {
+    if (destroyed_)
+        return;
     DestroyWindow(reinterpret_cast<HWND>(window_));
     pumpMessages();
+    destroyed_ = true;
 }
 
 std::intptr_t HostWindow::handle() const {
@@ -140,6 +149,19 @@ NotAWindow::~NotAWindow() {
 
 std::intptr_t NotAWindow::handle() const {
     return static_cast<std::intptr_t>(object_);
+}
+
+PipeName::PipeName() {
+    path_ = "\\\\.\\pipe\\norvgl-picture-" + std::to_string(GetCurrentProcessId());
+    HANDLE pipe = CreateNamedPipeA(path_.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_WAIT,
+                                   1, 4096, 4096, 0, nullptr);
+    if (pipe == INVALID_HANDLE_VALUE)
+        throw std::runtime_error("CreateNamedPipe failed");
+    object_ = reinterpret_cast<std::uintptr_t>(pipe);
+}
+
+PipeName::~PipeName() {
+    CloseHandle(reinterpret_cast<HANDLE>(object_));
 }
 
 bool glContextCurrent() {

@@ -7,6 +7,7 @@
 #include <X11/Xutil.h>
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 #include <time.h>
 
 #include <filesystem>
@@ -54,8 +55,18 @@ HostWindow::HostWindow(int clientWidth, int clientHeight)
 
 HostWindow::~HostWindow() {
     auto* display = static_cast<Display*>(connection_);
-    XDestroyWindow(display, static_cast<Window>(window_));
+    if (!destroyed_)
+        XDestroyWindow(display, static_cast<Window>(window_));
     XCloseDisplay(display);
+}
+
+void HostWindow::destroy() {
+    if (destroyed_)
+        return;
+    auto* display = static_cast<Display*>(connection_);
+    XDestroyWindow(display, static_cast<Window>(window_));
+    XSync(display, False);
+    destroyed_ = true;
 }
 
 std::intptr_t HostWindow::handle() const {
@@ -107,6 +118,21 @@ NotAWindow::~NotAWindow() {
 
 std::intptr_t NotAWindow::handle() const {
     return static_cast<std::intptr_t>(object_);
+}
+
+PipeName::PipeName() {
+    char pattern[] = "/tmp/norvgl-pipe-XXXXXX";
+    const char* directory = mkdtemp(pattern);
+    if (!directory)
+        throw std::runtime_error("mkdtemp failed");
+    path_ = std::string(directory) + "/picture.bmp";
+    if (mkfifo(path_.c_str(), 0600) != 0)
+        throw std::runtime_error("mkfifo failed");
+}
+
+PipeName::~PipeName() {
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(path_).parent_path(), ignored);
 }
 
 bool glContextCurrent() {

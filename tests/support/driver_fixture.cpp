@@ -1,8 +1,6 @@
 // Per-test directory and a fresh driver; window tests attach the driver to a real window.
 #include "support/driver_fixture.h"
 
-#include "manager3d/manager3d.h"
-#include "pictures/pictures.h"
 #include "session/session.h"
 
 #include <cstdlib>
@@ -28,8 +26,6 @@ void DriverTest::SetUp() {
     directory_ = made;
     std::filesystem::current_path(directory_);
     // As after a fresh load: the tables of every layer back to their load-time state.
-    norvgl::Manager3D_Reset();
-    norvgl::Pictures_Reset();
     norvgl::attachLibrary();
 }
 

@@ -13,6 +13,9 @@ struct Win32State {
     HDC deviceContext = nullptr;
     HGLRC renderingContext = nullptr;
     HWND window = nullptr;
+    // A window that GFX_Init has checked, with its device context, for createContext.
+    HWND pendingWindow = nullptr;
+    HDC pendingDeviceContext = nullptr;
 };
 
 Win32State state;
@@ -27,7 +30,7 @@ BYTE paletteComponent(int index, BYTE bits, BYTE shift) {
     return static_cast<BYTE>(((index >> shift) & mask) * 255 / mask);
 }
 
-void realizePalette(const PIXELFORMATDESCRIPTOR& format) {
+void realizePalette(HDC deviceContext, const PIXELFORMATDESCRIPTOR& format) {
     if (format.iPixelType != PFD_TYPE_RGBA || format.cColorBits > kMaxPaletteColorBits ||
         format.cColorBits == 0)
         return;
@@ -50,8 +53,8 @@ void realizePalette(const PIXELFORMATDESCRIPTOR& format) {
     HPALETTE handle = CreatePalette(palette);
     std::free(palette);
     if (handle) {
-        SelectPalette(state.deviceContext, handle, FALSE);
-        RealizePalette(state.deviceContext);
+        SelectPalette(deviceContext, handle, FALSE);
+        RealizePalette(deviceContext);
     }
 }
 
@@ -64,14 +67,19 @@ namespace norvgl::platform {
 using win32::state;
 
 bool attachWindow(std::intptr_t window) {
-    if (state.renderingContext) {
-        wglMakeCurrent(nullptr, nullptr);
-        wglDeleteContext(state.renderingContext);
-        state.renderingContext = nullptr;
+    // A window that fails leaves the one attached before, and its context, as they were.
+    const HWND handle = reinterpret_cast<HWND>(window);
+    if (!window || !IsWindow(handle))
+        return false;
+    if (handle == state.window && state.deviceContext && state.renderingContext &&
+        WindowFromDC(state.deviceContext) == handle) {
+        // The same window again keeps its device context and pixel format.
+        state.pendingWindow = handle;
+        state.pendingDeviceContext = state.deviceContext;
+        return true;
     }
-    state.window = reinterpret_cast<HWND>(window);
-    state.deviceContext = GetDC(state.window);
-    if (!window || !state.deviceContext || !IsWindow(state.window))
+    HDC deviceContext = GetDC(handle);
+    if (!deviceContext)
         return false;
 
     PIXELFORMATDESCRIPTOR format = {};
@@ -82,18 +90,54 @@ bool attachWindow(std::intptr_t window) {
     format.cColorBits = 16;
     format.cDepthBits = 16;
     format.iLayerType = PFD_MAIN_PLANE;
-    const int chosen = ChoosePixelFormat(state.deviceContext, &format);
-    if (!SetPixelFormat(state.deviceContext, chosen, &format))
+    const int chosen = ChoosePixelFormat(deviceContext, &format);
+    if (!SetPixelFormat(deviceContext, chosen, &format)) {
+        ReleaseDC(handle, deviceContext);
         return false;
-    DescribePixelFormat(state.deviceContext, GetPixelFormat(state.deviceContext), 40, &format);
-    win32::realizePalette(format);
+    }
+    DescribePixelFormat(deviceContext, GetPixelFormat(deviceContext), 40, &format);
+    win32::realizePalette(deviceContext, format);
+    state.pendingWindow = handle;
+    state.pendingDeviceContext = deviceContext;
     return true;
 }
 
 void createContext() {
-    state.renderingContext = wglCreateContext(state.deviceContext);
-    wglMakeCurrent(state.deviceContext, state.renderingContext);
+    if (!state.pendingDeviceContext)
+        return;
+    const HWND window = state.pendingWindow;
+    const HDC deviceContext = state.pendingDeviceContext;
+    state.pendingWindow = nullptr;
+    state.pendingDeviceContext = nullptr;
+    // Device contexts come from a cache: a new window can get the handle value that a
+    // destroyed one had, so the windows tell whether it is the same.
+    if (window == state.window && deviceContext == state.deviceContext && state.renderingContext) {
+        // The same window again: its context, with the host's textures and lists, stays.
+        wglMakeCurrent(deviceContext, state.renderingContext);
+        return;
+    }
+    // A new window gets a new context that shares textures and display lists with the old one,
+    // so pictures and objects loaded before keep drawing.
+    const HGLRC context = wglCreateContext(deviceContext);
+    if (context && state.renderingContext)
+        wglShareLists(state.renderingContext, context);
+    wglMakeCurrent(deviceContext, context);
+    if (state.renderingContext)
+        wglDeleteContext(state.renderingContext);
+    // A destroyed window took its device context with it, and the handle may already be the
+    // new window's: only a live window's is given back.
+    if (state.deviceContext && state.deviceContext != deviceContext && IsWindow(state.window))
+        ReleaseDC(state.window, state.deviceContext);
+    state.renderingContext = context;
+    state.deviceContext = deviceContext;
+    state.window = window;
 }
+
+bool hasContext() {
+    return state.renderingContext != nullptr;
+}
+
+void keepErrorTrap() {}
 
 void clientSize(std::int32_t& width, std::int32_t& height) {
     RECT rect = {};
@@ -120,9 +164,13 @@ bool releaseContext() {
 bool releaseWindow(std::intptr_t window) {
     if (!state.deviceContext)
         return true;
-    const bool released = ReleaseDC(reinterpret_cast<HWND>(window), state.deviceContext) != 0;
-    if (!released)
-        state.deviceContext = nullptr;
+    // A window the host destroyed took its device context with it; the handle may name
+    // another window's by now.
+    const HWND handle = reinterpret_cast<HWND>(window);
+    const bool released = IsWindow(handle) && ReleaseDC(handle, state.deviceContext) != 0;
+    // Either way the device context is no longer the driver's to use.
+    state.deviceContext = nullptr;
+    state.window = nullptr;
     return released;
 }
 
@@ -171,6 +219,11 @@ bool openFile(const char* name, DWORD access, DWORD disposition, std::intptr_t& 
         CreateFileA(name, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return false;
+    // Pipes and devices are no files: a read could wait for ever.
+    if (GetFileType(file) != FILE_TYPE_DISK) {
+        CloseHandle(file);
+        return false;
+    }
     handle = reinterpret_cast<std::intptr_t>(file);
     return true;
 }

@@ -24,6 +24,13 @@ struct X11State {
     Window window = 0;
     XVisualInfo visual = {};
     GLXContext context = nullptr;
+    // A window that GFX_Init has checked and whose context createContext makes next.
+    Window pendingWindow = 0;
+    XVisualInfo pendingVisual = {};
+    // The handler that was in place before the driver's; it gets the errors of every other
+    // display.
+    XErrorHandler hostHandler = nullptr;
+    int trappedErrors = 0;
     // The mode to go back to, saved before the driver's first mode change.
     bool modeSaved = false;
     RRMode savedMode = 0;
@@ -44,23 +51,59 @@ Display* openDisplay() {
 
 namespace {
 
-int trappedErrors = 0;
-
-int countError(Display*, XErrorEvent*) {
-    ++trappedErrors;
-    return 0;
+// Xlib's default handler ends the process; an error on the driver's own connection (a host
+// that destroyed its window, a handle that names none) must not. Errors of the driver's
+// connection are counted; every other display's go to the handler that was there before.
+int onXError(Display* display, XErrorEvent* event) {
+    // A host handler that hands unknown errors back to the one it replaced (this one) would
+    // otherwise bounce an error between the two for ever.
+    static bool forwarding = false;
+    if (display == state.display && display) {
+        ++state.trappedErrors;
+        return 0;
+    }
+    if (forwarding || !state.hostHandler)
+        return 0;
+    forwarding = true;
+    const int result = state.hostHandler(display, event);
+    forwarding = false;
+    return result;
 }
 
-// Runs an Xlib request with a temporary error handler: Xlib's default handler would end the
-// host's process on a BadWindow. True when the server reported no error.
+// Puts the trap in front; a handler the host set since becomes the one errors of other
+// displays go to.
+void holdErrorTrap() {
+    const XErrorHandler previous = XSetErrorHandler(onXError);
+    if (previous != onXError)
+        state.hostHandler = previous;
+}
+
+// Gives the host its handler back, unless the host has put in another one since.
+void releaseErrorTrap() {
+    const XErrorHandler current = XSetErrorHandler(state.hostHandler);
+    if (current != onXError)
+        XSetErrorHandler(current);
+    state.hostHandler = nullptr;
+}
+
+// The library may be unloaded with its connection still open; the process's handler must not
+// be left pointing into it.
+struct TrapRelease {
+    ~TrapRelease() {
+        if (state.display)
+            releaseErrorTrap();
+    }
+} trapRelease;
+
+// Runs Xlib requests on the driver's connection and waits for their errors. True when the
+// server reported none.
 template <typename F> bool trapped(Display* display, F&& request) {
+    holdErrorTrap();
     XSync(display, False);
-    trappedErrors = 0;
-    XErrorHandler previous = XSetErrorHandler(countError);
+    state.trappedErrors = 0;
     request();
     XSync(display, False);
-    XSetErrorHandler(previous);
-    return trappedErrors == 0;
+    return state.trappedErrors == 0;
 }
 
 bool usableVisual(Display* display, XVisualInfo& info) {
@@ -71,22 +114,6 @@ bool usableVisual(Display* display, XVisualInfo& info) {
     glXGetConfig(display, &info, GLX_DOUBLEBUFFER, &doubleBuffer);
     glXGetConfig(display, &info, GLX_DEPTH_SIZE, &depth);
     return rgba && doubleBuffer && depth >= 16;
-}
-
-void dropContext() {
-    if (state.display && state.context) {
-        glXMakeCurrent(state.display, None, nullptr);
-        glXDestroyContext(state.display, state.context);
-    }
-    state.context = nullptr;
-}
-
-void closeDisplay() {
-    dropContext();
-    if (state.display)
-        XCloseDisplay(state.display);
-    state.display = nullptr;
-    state.window = 0;
 }
 
 // A connection for display-mode queries: the device connection when there is one.
@@ -178,9 +205,15 @@ namespace norvgl::platform {
 using x11::state;
 
 bool attachWindow(std::intptr_t window) {
-    x11::closeDisplay();
-    state.display = x11::openDisplay();
-    if (!state.display || window == 0)
+    // The connection stays open from the first GFX_Init to GFX_Destroy, whatever each init
+    // finds: a window that fails leaves the one attached before, and its context, as they were.
+    if (!state.display) {
+        state.display = x11::openDisplay();
+        if (!state.display)
+            return false;
+        x11::holdErrorTrap();
+    }
+    if (window == 0)
         return false;
     const Window id = static_cast<Window>(window);
     XWindowAttributes attributes = {};
@@ -201,19 +234,43 @@ bool attachWindow(std::intptr_t window) {
     XFree(infos);
     if (found < 1 || !x11::usableVisual(state.display, info))
         return false;
-    state.visual = info;
-    state.window = id;
+    state.pendingVisual = info;
+    state.pendingWindow = id;
     return true;
 }
 
 void createContext() {
-    if (!state.display || !state.window)
+    if (!state.display || !state.pendingWindow)
         return;
-    state.context = glXCreateContext(state.display, &state.visual, nullptr, True);
-    if (!state.context)
+    const Window window = state.pendingWindow;
+    state.pendingWindow = 0;
+    if (state.context && window == state.window) {
+        // The same window again: its context, with the host's textures and lists, stays.
+        x11::trapped(state.display, [&] { glXMakeCurrent(state.display, window, state.context); });
         return;
-    x11::trapped(state.display,
-                 [&] { glXMakeCurrent(state.display, state.window, state.context); });
+    }
+    // A new window gets a new context that shares textures and display lists with the old one,
+    // so pictures and objects loaded before keep drawing.
+    GLXContext context = glXCreateContext(state.display, &state.pendingVisual, state.context, True);
+    if (!context)
+        return;
+    x11::trapped(state.display, [&] {
+        glXMakeCurrent(state.display, window, context);
+        if (state.context)
+            glXDestroyContext(state.display, state.context);
+    });
+    state.context = context;
+    state.window = window;
+    state.visual = state.pendingVisual;
+}
+
+bool hasContext() {
+    return state.context != nullptr;
+}
+
+void keepErrorTrap() {
+    if (state.display)
+        x11::holdErrorTrap();
 }
 
 void clientSize(std::int32_t& width, std::int32_t& height) {
@@ -234,16 +291,18 @@ void clientSize(std::int32_t& width, std::int32_t& height) {
 void swapBuffers() {
     if (!state.display || !state.window || !state.context)
         return;
-    // The host may have destroyed its window; that must not end the process.
+    // The host may have destroyed its window; the trap keeps that from ending the process.
     x11::trapped(state.display, [&] { glXSwapBuffers(state.display, state.window); });
 }
 
 bool releaseContext() {
     if (!state.context)
         return true;
-    if (!glXMakeCurrent(state.display, None, nullptr))
+    bool madeNone = false;
+    x11::trapped(state.display, [&] { madeNone = glXMakeCurrent(state.display, None, nullptr); });
+    if (!madeNone)
         return false;
-    glXDestroyContext(state.display, state.context);
+    x11::trapped(state.display, [&] { glXDestroyContext(state.display, state.context); });
     state.context = nullptr;
     return true;
 }
@@ -251,9 +310,12 @@ bool releaseContext() {
 bool releaseWindow(std::intptr_t) {
     if (!state.display)
         return true;
+    // Closing flushes what is still queued; its errors are the driver's to swallow.
     XCloseDisplay(state.display);
+    x11::releaseErrorTrap();
     state.display = nullptr;
     state.window = 0;
+    state.pendingWindow = 0;
     return true;
 }
 
@@ -300,9 +362,16 @@ void restoreDisplayMode() {
 }
 
 bool fileOpenRead(const char* name, std::intptr_t& handle) {
-    const int fd = ::open(name, O_RDONLY | O_CLOEXEC);
+    // Without blocking, so that a pipe with no writer does not hold the open; only regular
+    // files are read, since a pipe or a device could keep a read waiting for ever.
+    const int fd = ::open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0)
         return false;
+    struct stat info = {};
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        return false;
+    }
     handle = fd;
     return true;
 }

@@ -1,0 +1,346 @@
+// Hostile call orders, as a careless or unlucky host makes them: calls before GFX_Init and
+// after GFX_Destroy, modes left open across a destroy, a window the host destroyed, a second
+// or failed GFX_Init, empty arrays, a pipe for a file name. Each row runs on a freshly loaded
+// copy of the library and ends with a normal frame whose pixels, and the picture loaded
+// before the hostile calls, are checked. The test command also runs these with the address
+// and undefined-behaviour sanitizers.
+#include "host_window.h"
+#include "picture_assets.h"
+#include "scenario.h"
+
+#include "norvgl.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace scenario {
+namespace {
+
+// The entries of one loaded copy of the library.
+struct Driver {
+    explicit Driver(const PrivateLibrary& library) : library_(library) {}
+    template <typename F> F* entry(const char* name) const {
+        F* function = library_.function<F>(name);
+        EXPECT_NE(function, nullptr) << name;
+        return function;
+    }
+#define NVGL_ENTRY(name) decltype(&::name) name = entry<decltype(::name)>(#name)
+    const PrivateLibrary& library_;
+    NVGL_ENTRY(GFX_GetLastError);
+    NVGL_ENTRY(GFX_SetProperty);
+    NVGL_ENTRY(GFX_SetRenderProperty);
+    NVGL_ENTRY(GFX_Init);
+    NVGL_ENTRY(GFX_Destroy);
+    NVGL_ENTRY(GFX_UnloadAll);
+    NVGL_ENTRY(GFX_BeginRender);
+    NVGL_ENTRY(GFX_EndRender);
+    NVGL_ENTRY(GFX_SetClearColor);
+    NVGL_ENTRY(GFX_Translate);
+    NVGL_ENTRY(GFX_Rotate);
+    NVGL_ENTRY(GFX_Scale);
+    NVGL_ENTRY(GFX_Look);
+    NVGL_ENTRY(GFX_Untransform);
+    NVGL_ENTRY(GFX_AddLight);
+    NVGL_ENTRY(GFX_SetLightPosition);
+    NVGL_ENTRY(GFX_SetLightColor);
+    NVGL_ENTRY(GFX_RemoveLight);
+    NVGL_ENTRY(GFX_SetMaterialColor);
+    NVGL_ENTRY(GFX_LockRenderState);
+    NVGL_ENTRY(GFX_UnlockRenderState);
+    NVGL_ENTRY(GFX_DrawPolygon);
+    NVGL_ENTRY(GFX_DrawIndexedPolygon);
+    NVGL_ENTRY(GFX_DrawBillboard);
+    NVGL_ENTRY(GFX_LoadPicture);
+    NVGL_ENTRY(GFX_DrawPicture);
+    NVGL_ENTRY(GFX_SelectTexture);
+    NVGL_ENTRY(GFX_SetFontBitmap);
+    NVGL_ENTRY(GFX_SetFontSize);
+    NVGL_ENTRY(GFX_BeginText);
+    NVGL_ENTRY(GFX_EndText);
+    NVGL_ENTRY(GFX_PrintByProportion);
+#undef NVGL_ENTRY
+};
+
+constexpr int kWindowSide = 128; // a Win32 frame window is no narrower
+const Rgb kClear = {0, 0, 255};
+const Rgb kPictureColor = {255, 0, 0};
+const Rgb kWhite = {255, 255, 255};
+
+std::vector<std::uint8_t> redBitmap() {
+    norvgl::assets::RgbImage image;
+    image.width = image.height = 4;
+    image.pixels.assign(16, norvgl::assets::rgb(255, 0, 0));
+    return norvgl::assets::writeColorBitmap(image);
+}
+
+// What a row works with: its own copy of the library, the host's window, and the picture it
+// loaded before its hostile calls (0 when none).
+struct Host {
+    ScratchDirectory scratch;
+    PrivateLibrary library{scratch.path()};
+    Driver gfx{library};
+    std::unique_ptr<HostWindow> window = std::make_unique<HostWindow>(kWindowSide, kWindowSide);
+    unsigned picture = 0;
+    // Whether the driver still draws into `window` without another GFX_Init.
+    bool attached = false;
+
+    void init() {
+        gfx.GFX_SetProperty(PROP_WINDOW, window->handle());
+        ASSERT_EQ(gfx.GFX_Init(), 0);
+        attached = true;
+    }
+    unsigned loadPicture() {
+        const std::vector<std::uint8_t> bitmap = redBitmap();
+        unsigned id = 0;
+        EXPECT_EQ(gfx.GFX_LoadPicture("red.bmp", bitmap.data(), 0, &id, 0), 0);
+        return id;
+    }
+    std::string lastErrorTitle() const { return lastErrorOf(gfx.GFX_GetLastError).title; }
+};
+
+// A quad of host vertices in screen space, top-left corner (x, y), in device coordinates.
+std::vector<float> screenQuad(float x, float y, float side) {
+    const float corners[4][2] = {{x, y}, {x, y - side}, {x + side, y - side}, {x + side, y}};
+    std::vector<float> vertices;
+    for (const auto& c : corners)
+        vertices.insert(vertices.end(), {c[0], c[1], 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f});
+    return vertices;
+}
+
+// One ordinary frame: the picture in the top-left quarter, a white quad in the bottom-right
+// one, the clear colour between them.
+void normalFrame(Host& host) {
+    Driver& gfx = host.gfx;
+    if (!host.attached)
+        host.init();
+    if (host.picture == 0)
+        host.picture = host.loadPicture();
+    gfx.GFX_SetClearColor(0.0f, 0.0f, 1.0f, 1.0f);
+    gfx.GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
+    gfx.GFX_BeginRender();
+    // Depth off: this frame must not depend on which depth half it falls in.
+    gfx.GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
+    gfx.GFX_DrawPicture(host.picture, 0, 0, kWindowSide / 2, kWindowSide / 2);
+    const std::vector<float> quad = screenQuad(0.0f, 0.0f, 1.0f);
+    gfx.GFX_SelectTexture(0); // the picture left its texture selected
+    gfx.GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 1);
+    gfx.GFX_DrawPolygon(PRIM_QUADS, 4, quad.data());
+    gfx.GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+    gfx.GFX_EndRender();
+    gfx.GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
+
+    const Image image = host.window->capture();
+    ASSERT_FALSE(image.empty());
+    const int quarter = kWindowSide / 4;
+    EXPECT_EQ(image.at(quarter, quarter), kPictureColor);
+    EXPECT_EQ(image.at(3 * quarter, 3 * quarter), kWhite);
+    EXPECT_EQ(image.at(3 * quarter, quarter), kClear);
+    EXPECT_EQ(image.at(quarter, 3 * quarter), kClear);
+}
+
+// Every kind of call a host makes between frames and inside them, with harmless arguments.
+void everyDrawingCall(Driver& gfx) {
+    const float triangle[24] = {0, 0, 50, 0, 0, 1,  0,  0, 10, 0, 50, 0,
+                                0, 1, 1,  0, 0, 10, 50, 0, 0,  1, 0,  1};
+    const unsigned short indices[3] = {0, 1, 2};
+    const unsigned depthOff = DEPTH_OFF;
+    const float position[3] = {0, 0, 50};
+    EXPECT_EQ(gfx.GFX_SetClearColor(0.5f, 0.5f, 0.5f, 1.0f), 0);
+    EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0), 0);
+    EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 1), 0);
+    EXPECT_EQ(gfx.GFX_BeginRender(), 0);
+    gfx.GFX_Translate(1, 2, 3);
+    gfx.GFX_Rotate(0.5f, 0, 1, 0);
+    gfx.GFX_Scale(2, 2, 2);
+    gfx.GFX_Look(0, 0, 0, 0, 0, 10, 0, 1, 0);
+    gfx.GFX_Untransform(1);
+    gfx.GFX_Untransform(1000);
+    EXPECT_EQ(gfx.GFX_AddLight(0, 0, 1, 2, 3), 0);
+    EXPECT_EQ(gfx.GFX_SetLightPosition(0, 1, 2, 3), 0);
+    EXPECT_EQ(gfx.GFX_SetLightColor(0, 1, 1, 1, 1, 1, 1, 1, 1, 1), 0);
+    EXPECT_EQ(gfx.GFX_RemoveLight(0), 0);
+    EXPECT_EQ(gfx.GFX_SetMaterialColor(1, 0, 0, 1, 0, 0, 0, 0, 0), 0);
+    gfx.GFX_LockRenderState(STATE_DEPTH, &depthOff);
+    gfx.GFX_UnlockRenderState();
+    gfx.GFX_DrawPolygon(PRIM_TRIANGLES, 3, triangle);
+    gfx.GFX_DrawIndexedPolygon(PRIM_TRIANGLES, 3, triangle, 3, indices);
+    gfx.GFX_DrawBillboard(position, 4.0f);
+    gfx.GFX_DrawPicture(1, 0, 0, 0, 0);
+    gfx.GFX_SelectTexture(1);
+    gfx.GFX_SetFontBitmap(1);
+    gfx.GFX_SetFontSize(0.1f, 0.1f);
+    gfx.GFX_BeginText();
+    gfx.GFX_PrintByProportion(0.1f, 0.1f, "AB");
+    gfx.GFX_EndText();
+    EXPECT_EQ(gfx.GFX_EndRender(), 0);
+    EXPECT_EQ(gfx.GFX_UnloadAll(), 0);
+    EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 0), 0);
+}
+
+void expectPictureRefusedWithoutContext(Host& host) {
+    const std::vector<std::uint8_t> bitmap = redBitmap();
+    unsigned id = 77;
+    EXPECT_EQ(host.gfx.GFX_LoadPicture("red.bmp", bitmap.data(), 0, &id, 0), 1);
+    EXPECT_EQ(id, 77u);
+    EXPECT_EQ(host.lastErrorTitle(), "wglCreateContext failed");
+}
+
+struct HostileOrder {
+    const char* name;
+    void (*calls)(Host& host);
+};
+
+void PrintTo(const HostileOrder& order, std::ostream* out) {
+    *out << order.name;
+}
+
+const HostileOrder kHostileOrders[] = {
+    {"EveryCallBeforeInit", [](Host& host) { everyDrawingCall(host.gfx); }},
+    {"PictureAndScreenSpaceExitBeforeInit",
+     [](Host& host) {
+         expectPictureRefusedWithoutContext(host);
+         host.gfx.GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+         EXPECT_EQ(host.gfx.GFX_Untransform(1), 1);
+         host.gfx.GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 1);
+         host.gfx.GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+         host.gfx.GFX_SetRenderProperty(RPROP_SCREEN_SPACE, 0);
+         host.gfx.GFX_Untransform(0);
+     }},
+    {"EveryCallAfterDestroy",
+     [](Host& host) {
+         host.init();
+         host.loadPicture();
+         EXPECT_EQ(host.gfx.GFX_Destroy(), 0);
+         host.attached = false;
+         everyDrawingCall(host.gfx);
+         expectPictureRefusedWithoutContext(host);
+     }},
+    {"TextModeOpenAcrossDestroy",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         host.init();
+         gfx.GFX_BeginRender();
+         gfx.GFX_BeginText();
+         gfx.GFX_EndRender();
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.attached = false;
+         gfx.GFX_EndText();
+         gfx.GFX_SetMaterialColor(1, 0, 0, 1, 0, 0, 0, 0, 0);
+         gfx.GFX_BeginText();
+     }},
+    {"StateLockedAndFrameOpenAcrossDestroy",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         const unsigned blend = BLEND_ALPHA;
+         host.init();
+         gfx.GFX_BeginRender();
+         gfx.GFX_LockRenderState(STATE_BLEND, &blend);
+         gfx.GFX_BeginText();
+         gfx.GFX_BeginText();
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.attached = false;
+         everyDrawingCall(gfx);
+         gfx.GFX_EndText();
+         gfx.GFX_EndText();
+         gfx.GFX_EndRender();
+     }},
+    {"HostDestroysItsWindowThenDrawsAFrame",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         host.init();
+         host.picture = host.loadPicture();
+         normalFrame(host);
+         host.window->destroy();
+         const float triangle[24] = {0, 0, 50, 0, 0, 1,  0,  0, 10, 0, 50, 0,
+                                     0, 1, 1,  0, 0, 10, 50, 0, 0,  1, 0,  1};
+         EXPECT_EQ(gfx.GFX_BeginRender(), 0);
+         gfx.GFX_DrawPolygon(PRIM_TRIANGLES, 3, triangle);
+         EXPECT_EQ(gfx.GFX_EndRender(), 0);
+         // The host carries on in a new window; the picture loaded before still draws.
+         host.window = std::make_unique<HostWindow>(kWindowSide, kWindowSide);
+         host.attached = false;
+     }},
+    {"SecondInitOnTheSameWindowKeepsPictures",
+     [](Host& host) {
+         host.init();
+         host.picture = host.loadPicture();
+         ASSERT_EQ(host.gfx.GFX_Init(), 0);
+     }},
+    {"SecondInitOnAnotherWindowKeepsPictures",
+     [](Host& host) {
+         host.init();
+         host.picture = host.loadPicture();
+         normalFrame(host);
+         host.window = std::make_unique<HostWindow>(kWindowSide, kWindowSide);
+         host.attached = false;
+     }},
+    {"FailedInitKeepsTheContext",
+     [](Host& host) {
+         host.init();
+         host.picture = host.loadPicture();
+         host.gfx.GFX_SetProperty(PROP_WINDOW, 0);
+         EXPECT_EQ(host.gfx.GFX_Init(), 1);
+         EXPECT_EQ(host.lastErrorTitle(), kPixelFormatTitle);
+         host.gfx.GFX_SetProperty(PROP_WINDOW, host.window->handle());
+     }},
+    {"EmptyPolygonsWithoutArrays",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         host.init();
+         gfx.GFX_BeginRender();
+         for (int type : {PRIM_POINTS, PRIM_TRIANGLES, PRIM_QUADS, PRIM_BILLBOARD}) {
+             gfx.GFX_DrawPolygon(type, 0, nullptr);
+             gfx.GFX_DrawIndexedPolygon(type, 0, nullptr, 0, nullptr);
+         }
+         gfx.GFX_EndRender();
+     }},
+    {"PipeAsAPictureFile",
+     [](Host& host) {
+         host.init();
+         PipeName pipe;
+         unsigned id = 77;
+         EXPECT_EQ(host.gfx.GFX_LoadPicture(pipe.path().c_str(), nullptr, 0, &id, 0), 1);
+         EXPECT_EQ(id, 77u);
+         EXPECT_EQ(host.lastErrorTitle(), "File not found");
+     }},
+    {"EverythingTwice",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.init();
+         host.init();
+         host.picture = host.loadPicture();
+         gfx.GFX_BeginRender();
+         gfx.GFX_BeginRender();
+         gfx.GFX_EndRender();
+         gfx.GFX_EndRender();
+         gfx.GFX_EndText();
+         gfx.GFX_EndText();
+         gfx.GFX_UnlockRenderState();
+         gfx.GFX_UnloadAll();
+         gfx.GFX_UnloadAll();
+         host.picture = 0;
+     }},
+};
+
+class HostileCalls : public ::testing::TestWithParam<HostileOrder> {};
+
+TEST_P(HostileCalls, HostLivesOnAndTheNextFrameDraws) {
+    Host host;
+    ASSERT_TRUE(host.library.loaded()) << host.library.error();
+    GetParam().calls(host);
+    normalFrame(host);
+    // The copy is unloaded after this; nothing of it may stay in the process's hands.
+    host.gfx.GFX_Destroy();
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, HostileCalls, ::testing::ValuesIn(kHostileOrders),
+                         [](const ::testing::TestParamInfo<HostileOrder>& order) {
+                             return std::string(order.param.name);
+                         });
+
+} // namespace
+} // namespace scenario
