@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 #include <string_view>
+#include <type_traits>
 
 namespace norvgl {
 
@@ -45,7 +46,7 @@ struct VrmlReader {
     bool textureBlock[kVrmlMaxDepth] = {};
     std::uint64_t totals[kListKinds] = {};
 
-    VrmlReading* pools = nullptr; // storing pass only
+    VrmlReading* pools = nullptr; // empty in the counting pass
     bool outOfMemory = false;
 };
 
@@ -201,142 +202,93 @@ bool equalNoCase(const char* a, const char* b) {
     }
 }
 
-std::uint32_t& countOf(VrmlNode& node, int kind) {
+// A node's list of one kind, seen with the pool it lies in.
+template <typename T> struct List {
+    std::uint32_t& count;
+    T*& first;
+    T* pool;
+    std::uint32_t poolEntries;
+    std::size_t width; // values an entry
+};
+
+// Calls `f` with the node's list of `kind` (a kind other than LIST_NONE). In the counting
+// pass the pools are empty.
+template <typename F> void withList(VrmlReading& p, VrmlNode& n, int kind, F&& f) {
     switch (kind) {
     case LIST_POINTS:
-        return node.pointCount;
+        f(List<float>{n.pointCount, n.points, p.pointPool.get(), p.pointPoolEntries,
+                      kVrmlPointFloats});
+        break;
     case LIST_COORD_INDEX:
-        return node.coordIndexCount;
+        f(List<std::uint16_t>{n.coordIndexCount, n.coordIndex, p.coordIndexPool.get(),
+                              p.coordIndexPoolEntries, 1});
+        break;
     case LIST_TEX_COORDS:
-        return node.texCoordCount;
+        f(List<float>{n.texCoordCount, n.texCoords, p.texCoordPool.get(), p.texCoordPoolEntries,
+                      kVrmlTexCoordFloats});
+        break;
     default:
-        return node.texCoordIndexCount;
-    }
-}
-
-// Entries from the start of `pool` to `list`; false when the node has no such list.
-template <typename T>
-bool offsetIn(const T* list, const T* pool, std::size_t width, std::size_t& offset) {
-    if (list == nullptr) {
-        return false;
-    }
-    offset = static_cast<std::size_t>(list - pool) / width;
-    return true;
-}
-
-// A node's list of one kind as an entry offset into its pool: false when the node has none.
-bool listOffset(const VrmlReader& r, const VrmlNode& node, int kind, std::size_t& offset) {
-    const VrmlReading& p = *r.pools;
-    switch (kind) {
-    case LIST_POINTS:
-        return offsetIn<float>(node.points, p.pointPool.get(), kVrmlPointFloats, offset);
-    case LIST_COORD_INDEX:
-        return offsetIn<std::uint16_t>(node.coordIndex, p.coordIndexPool.get(), 1, offset);
-    case LIST_TEX_COORDS:
-        return offsetIn<float>(node.texCoords, p.texCoordPool.get(), kVrmlTexCoordFloats, offset);
-    default:
-        return offsetIn<std::uint16_t>(node.texCoordIndex, p.texCoordIndexPool.get(), 1, offset);
-    }
-}
-
-std::uint32_t poolEntries(const VrmlReader& r, int kind) {
-    const VrmlReading& p = *r.pools;
-    switch (kind) {
-    case LIST_POINTS:
-        return p.pointPoolEntries;
-    case LIST_COORD_INDEX:
-        return p.coordIndexPoolEntries;
-    case LIST_TEX_COORDS:
-        return p.texCoordPoolEntries;
-    default:
-        return p.texCoordIndexPoolEntries;
+        f(List<std::uint16_t>{n.texCoordIndexCount, n.texCoordIndex, p.texCoordIndexPool.get(),
+                              p.texCoordIndexPoolEntries, 1});
+        break;
     }
 }
 
 // Points the node's list of `kind` at the pool entry `offset`, or at nothing when the pool
 // has no such entry (an empty pool, or a text whose passes disagree).
 void setList(VrmlReader& r, VrmlNode& node, int kind, std::uint64_t offset) {
-    VrmlReading& p = *r.pools;
-    const bool inPool = offset < poolEntries(r, kind);
-    const auto at = static_cast<std::size_t>(offset);
-    switch (kind) {
-    case LIST_POINTS:
-        node.points = inPool ? p.pointPool.get() + at * kVrmlPointFloats : nullptr;
-        break;
-    case LIST_COORD_INDEX:
-        node.coordIndex = inPool ? p.coordIndexPool.get() + at : nullptr;
-        break;
-    case LIST_TEX_COORDS:
-        node.texCoords = inPool ? p.texCoordPool.get() + at * kVrmlTexCoordFloats : nullptr;
-        break;
-    default:
-        node.texCoordIndex = inPool ? p.texCoordIndexPool.get() + at : nullptr;
-        break;
-    }
+    withList(*r.pools, node, kind, [&](auto list) {
+        list.first = offset < list.poolEntries
+                         ? list.pool + static_cast<std::size_t>(offset) * list.width
+                         : nullptr;
+    });
 }
 
 // One list entry, beginning with `first`; further components come from the line. A "]" in
 // the last component read closes the list after this entry.
 void addEntry(VrmlReader& r, Token first) {
     const int kind = r.listKind;
-    float values[3] = {0, 0, 0};
-    std::uint16_t index = 0;
-    Token last = first;
-    switch (kind) {
-    case LIST_POINTS:
-    case LIST_TEX_COORDS: {
-        const int components = kind == LIST_POINTS ? 3 : 2;
-        values[0] = readNumber(first);
-        for (int i = 1; i < components; ++i) {
-            last = nextToken(r);
-            values[i] = readNumber(last);
-        }
-        break;
-    }
-    case LIST_COORD_INDEX:
-    case LIST_TEX_COORD_INDEX:
-        index = readIndex(first);
-        break;
-    default:
+    if (kind == LIST_NONE) {
         return;
+    }
+    const bool numbers = kind == LIST_POINTS || kind == LIST_TEX_COORDS;
+    const int components = kind == LIST_POINTS ? 3 : kind == LIST_TEX_COORDS ? 2 : 1;
+    float values[3] = {numbers ? readNumber(first) : 0.0f, 0, 0};
+    const std::uint16_t index = numbers ? 0 : readIndex(first);
+    Token last = first;
+    for (int i = 1; i < components; ++i) {
+        last = nextToken(r);
+        values[i] = readNumber(last);
     }
     if (last.find(']') != Token::npos) {
         r.listOpen = false;
         r.listKind = LIST_NONE;
     }
-
     ++r.totals[kind];
-    VrmlNode* node = r.current;
-    if (node == nullptr) {
+    if (r.current == nullptr) {
         return;
     }
-    std::uint32_t& count = countOf(*node, kind);
-    if (!r.storing) {
-        ++count;
-        return;
-    }
-    std::size_t offset = 0;
-    if (!listOffset(r, *node, kind, offset) || offset + count >= poolEntries(r, kind)) {
-        return;
-    }
-    const std::size_t slot = offset + count;
-    VrmlReading& p = *r.pools;
-    switch (kind) {
-    case LIST_POINTS:
-        std::memcpy(p.pointPool.get() + slot * kVrmlPointFloats, values, 3 * sizeof(float));
-        break;
-    case LIST_COORD_INDEX:
-        p.coordIndexPool[slot] = index;
-        break;
-    case LIST_TEX_COORDS:
-        std::memcpy(p.texCoordPool.get() + slot * kVrmlTexCoordFloats, values,
-                    kVrmlTexCoordFloats * sizeof(float));
-        break;
-    default:
-        p.texCoordIndexPool[slot] = index;
-        break;
-    }
-    ++count;
+    withList(*r.pools, *r.current, kind, [&](auto list) {
+        if (!r.storing) {
+            ++list.count;
+            return;
+        }
+        if (list.first == nullptr) {
+            return;
+        }
+        const std::size_t slot =
+            static_cast<std::size_t>(list.first - list.pool) / list.width + list.count;
+        if (slot >= list.poolEntries) {
+            return;
+        }
+        auto* to = list.pool + slot * list.width;
+        if constexpr (std::is_same_v<decltype(to), float*>) {
+            std::memcpy(to, values, static_cast<std::size_t>(components) * sizeof(float));
+        } else {
+            *to = index;
+        }
+        ++list.count;
+    });
 }
 
 void defineNode(VrmlReader& r, Token name) {
@@ -378,7 +330,7 @@ void useNode(VrmlReader& r, Token name) {
         node.texCoords = found->texCoords;
         node.texCoordIndex = found->texCoordIndex;
         const std::uint64_t offset = r.totals[LIST_POINTS];
-        const std::uint32_t entries = poolEntries(r, LIST_POINTS);
+        const std::uint32_t entries = r.pools->pointPoolEntries;
         const std::uint64_t room = offset < entries ? entries - offset : 0;
         const auto copied = static_cast<std::uint32_t>(sourceCount < room ? sourceCount : room);
         setList(r, node, LIST_POINTS, offset);
@@ -396,7 +348,8 @@ void readNumbers(VrmlReader& r, float* to, int count) {
     }
 }
 
-// Rule 3 of the token handling: true when the token is a keyword (acting or not).
+// The keyword table: true when the token is a keyword that acts now. One that cannot act
+// ("DEF" with the switch off, any other without a current node) is an ordinary token.
 bool keyword(VrmlReader& r, Token t) {
     if (t == "DEF") {
         if (!r.defSwitch) {
@@ -475,7 +428,7 @@ void Vrml_ParseToken(VrmlReader& r, Token t) {
         if (r.current != nullptr && r.listKind != LIST_NONE) {
             r.listOpen = true;
             // A second list of a kind replaces the node's first.
-            countOf(*r.current, r.listKind) = 0;
+            withList(*r.pools, *r.current, r.listKind, [](auto list) { list.count = 0; });
             if (r.storing) {
                 setList(r, *r.current, r.listKind, r.totals[r.listKind]);
             }
@@ -569,6 +522,8 @@ VrmlNode* Vrml_FindNode(VrmlNode* head, const char* name) {
 VrmlResult Vrml_Read(const std::uint8_t* text, std::size_t length, VrmlReading& out) {
     out = VrmlReading{};
     VrmlReader r;
+    VrmlReading result;
+    r.pools = &result;
     readPass(r, text, length, false);
     if (r.outOfMemory) {
         return VrmlResult::OutOfMemory;
@@ -578,8 +533,6 @@ VrmlResult Vrml_Read(const std::uint8_t* text, std::size_t length, VrmlReading& 
             return VrmlResult::TooLarge;
         }
     }
-    r.nodes.reset();
-    VrmlReading result;
     if (!allocatePool(result.pointPool, result.pointPoolEntries, r.totals[LIST_POINTS],
                       kVrmlPointFloats) ||
         !allocatePool(result.coordIndexPool, result.coordIndexPoolEntries,
@@ -590,7 +543,6 @@ VrmlResult Vrml_Read(const std::uint8_t* text, std::size_t length, VrmlReading& 
                       r.totals[LIST_TEX_COORD_INDEX], 1)) {
         return VrmlResult::OutOfMemory;
     }
-    r.pools = &result;
     readPass(r, text, length, true);
     if (r.outOfMemory) {
         return VrmlResult::OutOfMemory;
