@@ -94,7 +94,8 @@ enum class VrmlResult {
 //
 // Where the text is not of the expected shape:
 // - a keyword or a point whose values run past the end of its line reads each missing
-//   number as 0 and a missing name as empty ("DEF" still makes a node; "USE" does nothing);
+//   number as 0 and a missing name as empty ("DEF" still makes a node, "USE" does nothing,
+//   "CCW" sets 0);
 // - a node that opens a second list of a kind drops the first: its count for that kind
 //   starts again, so it keeps the last list given, as "SCALE" keeps the last value;
 // - list entries met while no node is current, or while the current node has no list of
@@ -106,7 +107,8 @@ enum class VrmlResult {
 //   and the counts stay within what was stored.
 VrmlResult Vrml_Read(const std::uint8_t* text, std::size_t length, VrmlReading& out);
 
-// The newest node from `head` on whose name equals `name` without regard to ASCII case.
+// The newest node from `head` on whose name equals `name` without regard to ASCII case: a
+// walk down the list, newest first.
 VrmlNode* Vrml_FindNode(VrmlNode* head, const char* name);
 
 } // namespace norvgl
