@@ -20,7 +20,7 @@ scripts/check_exports.sh
 build/bench/norvgl_bench --benchmark_min_time=0.01 >/dev/null
 scripts/wine_tests.sh
 scripts/bitmap_wine_check.sh
-# The picture readers under the fuzzer for a short bounded time each; longer runs are
+# The file readers under the fuzzer for a short bounded time each; longer runs are
 # `scripts/fuzz.sh 600`.
 scripts/fuzz.sh 30
 
