@@ -12,7 +12,7 @@
 #include "manager3d/manager3d.h"
 #include "platform/gl_table.h"
 #include "support/gl_recorder.h"
-#include "support/test_window.h"
+#include "scenario/host_window.h"
 
 #include <benchmark/benchmark.h>
 
@@ -36,9 +36,9 @@ struct Vertex {
 
 // A driver attached to its own 640 x 480 window for the whole run.
 struct Session {
-    std::unique_ptr<nvtest::TestWindow> window;
+    std::unique_ptr<scenario::HostWindow> window;
     Session() {
-        window = std::make_unique<nvtest::TestWindow>(640, 480);
+        window = std::make_unique<scenario::HostWindow>(640, 480);
         GFX_SetProperty(PROP_WINDOW, window->handle());
         if (GFX_Init() != 0) {
             std::fprintf(stderr, "bench: GFX_Init failed on the X display\n");

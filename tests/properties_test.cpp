@@ -1,6 +1,7 @@
 // Property tables, the last error and its texts, the debug log and the file layer.
 #include "core/core.h"
 #include "core/messages.h"
+#include "picture_assets.h"
 #include "support/driver_fixture.h"
 
 #include <cstring>
@@ -113,11 +114,11 @@ TEST_F(DriverTest, FileLayer) {
     ASSERT_EQ(FileOpen(&handle, "data.bin", FILE_APPEND), 0);
     FileWrite("gh", 2, handle);
     FileClose(handle);
-    EXPECT_EQ(nvtest::readFile("data.bin"), "abcdefgh");
+    EXPECT_EQ(norvgl::assets::readText("data.bin"), "abcdefgh");
     // With several mode bits the lowest decides: writing, which truncates.
     ASSERT_EQ(FileOpen(&handle, "data.bin", FILE_APPEND | FILE_WRITE), 0);
     FileClose(handle);
-    EXPECT_EQ(nvtest::readFile("data.bin"), "");
+    EXPECT_EQ(norvgl::assets::readText("data.bin"), "");
 }
 
 TEST_F(DriverTest, ClockSecondsUsesTheSinglePrecisionMillisecondFactor) {

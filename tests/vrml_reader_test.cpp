@@ -1,11 +1,10 @@
 // VRML reader: line splitting, which DEFs make nodes, keyword effects, lists and their pools,
 // USE, texture names, the buffer limits, and the sample texts in assets/vrml.
 #include "formats/vrml_reader.h"
+#include "picture_assets.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
@@ -396,9 +395,9 @@ TEST(VrmlReader, TextsThatCountTooManyEntriesAreRefused) {
 }
 
 std::string asset(const std::string& name) {
-    std::ifstream in(std::string(NORVGL_VRML_ASSETS) + "/" + name, std::ios::binary);
-    EXPECT_TRUE(in.good()) << name;
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    const std::string text = assets::readText(std::string(NORVGL_VRML_ASSETS) + "/" + name);
+    EXPECT_FALSE(text.empty()) << name;
+    return text;
 }
 
 TEST(VrmlReader, SampleTexts) {

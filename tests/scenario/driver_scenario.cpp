@@ -2,6 +2,7 @@
 // property calls and their errors, GFX_Init on a real window and on handles that are none,
 // and the display-mode list.
 #include "host_window.h"
+#include "picture_assets.h"
 #include "scenario.h"
 #include "scenario_gl.h"
 
@@ -20,7 +21,7 @@ TEST(FreshLibrary, LoadLogsTheBannerAndStartsWithDefaultsAndNoError) {
     PrivateLibrary library(scratch.path());
     ASSERT_TRUE(library.loaded()) << library.error();
     // Loading alone wrote the banner into the current directory's log.
-    EXPECT_EQ(readFile("debuglog.txt"), kLogBanner);
+    EXPECT_EQ(norvgl::assets::readText("debuglog.txt"), kLogBanner);
 
     auto* getLastError = library.function<decltype(GFX_GetLastError)>("GFX_GetLastError");
     auto* getProperty = library.function<decltype(GFX_GetProperty)>("GFX_GetProperty");
@@ -42,7 +43,7 @@ TEST(FreshLibrary, LoadLogsTheBannerAndStartsWithDefaultsAndNoError) {
     for (int index = RPROP_ALPHA_BLEND; index <= RPROP_CLEAR_COLOR; ++index)
         EXPECT_EQ(getRenderProperty(index), expectedRender[index]) << "render property " << index;
     // Reading the defaults reported nothing.
-    EXPECT_EQ(readFile("debuglog.txt"), kLogBanner);
+    EXPECT_EQ(norvgl::assets::readText("debuglog.txt"), kLogBanner);
 }
 
 TEST(FreshLibrary, BadPropertyIsLoggedWithNoDetailAndStaysTheLastError) {
@@ -56,7 +57,7 @@ TEST(FreshLibrary, BadPropertyIsLoggedWithNoDetailAndStaysTheLastError) {
 
     EXPECT_EQ(setProperty(8, 1234), 1);
     const std::string report = errorReport(kBadPropertyTitle, kBadPropertyDetails);
-    EXPECT_EQ(readFile("debuglog.txt"), kLogBanner + report);
+    EXPECT_EQ(norvgl::assets::readText("debuglog.txt"), kLogBanner + report);
     LastError error = lastErrorOf(getLastError);
     EXPECT_EQ(error.title, kBadPropertyTitle);
     EXPECT_EQ(error.details, kBadPropertyDetails);
@@ -65,7 +66,7 @@ TEST(FreshLibrary, BadPropertyIsLoggedWithNoDetailAndStaysTheLastError) {
     EXPECT_EQ(setProperty(PROP_SPARE, 9), 0);
     EXPECT_EQ(getProperty(PROP_SPARE), 9);
     EXPECT_EQ(lastErrorOf(getLastError).title, kBadPropertyTitle);
-    EXPECT_EQ(readFile("debuglog.txt"), kLogBanner + report);
+    EXPECT_EQ(norvgl::assets::readText("debuglog.txt"), kLogBanner + report);
 
     // The copy's state is its own: the linked library saw none of this.
     EXPECT_EQ(GFX_GetProperty(PROP_SPARE), -1);
@@ -129,8 +130,15 @@ void expectInitialState(const HostWindow& window) {
     GLint function = 0;
     glGetIntegerv(GL_DEPTH_FUNC, &function);
     EXPECT_EQ(function, GL_LESS);
-    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
-    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+    for (const GLenum capability :
+         {GL_CULL_FACE, GL_DEPTH_TEST, GL_NORMALIZE, GL_VERTEX_ARRAY, GL_NORMAL_ARRAY})
+        EXPECT_TRUE(glIsEnabled(capability)) << capability;
+    GLfloat shininess = 0;
+    glGetMaterialfv(GL_FRONT, GL_SHININESS, &shininess);
+    EXPECT_EQ(shininess, 30.0f);
+    GLint matrixMode = 0;
+    glGetIntegerv(GL_MATRIX_MODE, &matrixMode);
+    EXPECT_EQ(matrixMode, GL_MODELVIEW);
     GLint viewport[4] = {-1, -1, -1, -1};
     glGetIntegerv(GL_VIEWPORT, viewport);
     EXPECT_EQ(viewport[0], 0);

@@ -523,18 +523,21 @@ TEST_F(Pictures, PicturesAndPixelArrayOnScreen) {
     ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(100, 50)), false, &proportional), 0);
     ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(300, 200)), false, &big), 0);
 
-    GFX_BeginRender();
-    // Drawn at once, at its own size at the lower-left corner.
-    EXPECT_EQ(GFX_DrawPicture(big, 400, 10, 0, 0), 0);
-    EXPECT_EQ(GFX_DrawPicture(indexed, 0, 0, 320, 240), 0);
-    EXPECT_EQ(GFX_DrawPictureByProportion(proportional, 0.5f, 0.5f, 0.5f, 0.5f), 0);
-    const Image image = endFrame("pictures");
-
-    // The pixel array: blue and white at its bottom, red at its top.
-    EXPECT_EQ(image.at(20, 470), (Rgb{0, 0, 255}));
-    EXPECT_EQ(image.at(280, 470), (Rgb{255, 255, 255}));
-    EXPECT_EQ(image.at(20, 290), (Rgb{255, 0, 0}));
-    EXPECT_EQ(image.at(20, 270), (Rgb{0, 0, 0})); // above it
+    // Two frames, one in each depth phase: the pixel array's copy must not depend on it.
+    Image image;
+    for (const char* frame : {"pictures", "pictures-second-phase"}) {
+        GFX_BeginRender();
+        // Drawn at once, at its own size at the lower-left corner.
+        EXPECT_EQ(GFX_DrawPicture(big, 400, 10, 0, 0), 0);
+        EXPECT_EQ(GFX_DrawPicture(indexed, 0, 0, 320, 240), 0);
+        EXPECT_EQ(GFX_DrawPictureByProportion(proportional, 0.5f, 0.5f, 0.5f, 0.5f), 0);
+        image = endFrame(frame);
+        // The pixel array: blue and white at its bottom, red at its top.
+        EXPECT_EQ(image.at(20, 470), (Rgb{0, 0, 255})) << frame;
+        EXPECT_EQ(image.at(280, 470), (Rgb{255, 255, 255})) << frame;
+        EXPECT_EQ(image.at(20, 290), (Rgb{255, 0, 0})) << frame;
+        EXPECT_EQ(image.at(20, 270), (Rgb{0, 0, 0})) << frame; // above it
+    }
     // The proportional picture upright in the bottom-right quarter.
     EXPECT_EQ(image.at(360, 280), (Rgb{255, 0, 0}));
     EXPECT_EQ(image.at(600, 280), (Rgb{0, 255, 0}));
@@ -546,7 +549,11 @@ TEST_F(Pictures, PicturesAndPixelArrayOnScreen) {
 }
 
 TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
-    const auto font = assets::makeGlyphFont(8); // 128 x 128
+    // The top half of the A's cell white, so that a glyph drawn upside down shows.
+    auto font = assets::makeGlyphFont(8); // 128 x 128
+    for (int y = 8 * 4 + 1; y < 8 * 4 + 4; ++y)
+        for (int x = 8 + 1; x < 8 + 7; ++x)
+            font.pixels[static_cast<std::size_t>(y) * 128 + x] = 0xFFFFFF;
     unsigned id = 0;
     ASSERT_EQ(load("font.bmp", assets::writeColorBitmap(font), false, &id), 0);
     ASSERT_EQ(GFX_SetFontBitmap(id), 0);
@@ -558,9 +565,10 @@ TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
     const Image image = endFrame("text");
     // The middle of each letter's cell shows its colour; the additive blend over black adds
     // the colour itself.
+    EXPECT_EQ(image.at(160, 150), (Rgb{255, 255, 255})); // the top of the A
     for (int i = 0; i < 2; ++i) {
         const std::uint32_t color = assets::glyphColor(static_cast<std::uint8_t>('A' + i));
-        const Rgb middle = image.at(80 + 160 * i + 80, 120 + 60);
+        const Rgb middle = image.at(80 + 160 * i + 80, 120 + 90);
         EXPECT_EQ(middle,
                   (Rgb{static_cast<std::uint8_t>(color >> 16),
                        static_cast<std::uint8_t>(color >> 8), static_cast<std::uint8_t>(color)}))

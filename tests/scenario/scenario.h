@@ -23,9 +23,6 @@ inline constexpr char kPixelFormatDetails[] =
 // The log entry that an error report with no detail text appends.
 std::string errorReport(const std::string& title, const std::string& details);
 
-// The whole of a file, empty when it cannot be read.
-std::string readFile(const std::string& path);
-
 // The last error as the host reads it.
 struct LastError {
     std::string title;

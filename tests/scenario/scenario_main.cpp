@@ -3,6 +3,8 @@
 // one system's run with the other's.
 #include "scenario.h"
 
+#include "picture_assets.h"
+
 #include "norvgl.h"
 
 #include <gtest/gtest.h>
@@ -68,23 +70,16 @@ std::string errorReport(const std::string& title, const std::string& details) {
     return "Norvgl: Error report: " + title + ": " + details + "\r\nError details: (none)\r\n";
 }
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 LastError lastError() {
     return lastErrorOf(&GFX_GetLastError);
 }
 
-LogWatch::LogWatch() : seen_(readFile("debuglog.txt").size()) {}
+LogWatch::LogWatch() : seen_(norvgl::assets::readText("debuglog.txt").size()) {}
 
 LogWatch::LogWatch(std::size_t seen) : seen_(seen) {}
 
 std::string LogWatch::appended() {
-    const std::string log = readFile("debuglog.txt");
+    const std::string log = norvgl::assets::readText("debuglog.txt");
     const std::string added = log.size() > seen_ ? log.substr(seen_) : std::string();
     seen_ = log.size();
     return added;

@@ -1,22 +1,14 @@
 // Per-test directory and a fresh driver; window tests attach the driver to a real window.
 #include "support/driver_fixture.h"
 
+#include "picture_assets.h"
 #include "session/session.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <unistd.h>
 
 namespace nvtest {
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
-}
 
 void DriverTest::SetUp() {
     previous_ = std::filesystem::current_path().string();
@@ -36,12 +28,12 @@ void DriverTest::TearDown() {
 }
 
 std::string DriverTest::log() const {
-    return readFile(directory_ + "/debuglog.txt");
+    return norvgl::assets::readText(directory_ + "/debuglog.txt");
 }
 
 void WindowTest::SetUp() {
     DriverTest::SetUp();
-    window = std::make_unique<TestWindow>();
+    window = std::make_unique<scenario::HostWindow>();
     GFX_SetProperty(PROP_WINDOW, window->handle());
     ASSERT_EQ(GFX_Init(), 0);
 }

@@ -1,6 +1,8 @@
 // Recording GL table: wrappers generated from the driver's own list of GL entry points.
 #include "support/gl_recorder.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <sstream>
@@ -67,6 +69,8 @@ GlRecorder::GlRecorder() {
 GlRecorder::~GlRecorder() {
     norvgl::gl = real_;
     active = nullptr;
+    for (const std::string& error : errors_)
+        ADD_FAILURE() << error;
 }
 
 void GlRecorder::log(GlCall call, std::vector<double> args) {

@@ -1,5 +1,6 @@
 // A recording GL table for call-sequence tests: every call the driver makes through `gl` is
-// logged with its arguments and forwarded to the real GL, and GL errors are caught per call.
+// logged with its arguments and forwarded to the real GL. A GL error raised by any recorded
+// call fails the test that recorded it, naming the call.
 #pragma once
 
 #include "platform/gl_table.h"
@@ -30,8 +31,6 @@ public:
     // The same, as "glEnable(2884)" texts, for readable expectations.
     std::vector<std::string> texts(std::initializer_list<norvgl::GlCall> kinds) const;
     std::size_t count(norvgl::GlCall kind) const;
-    // GL errors raised by recorded calls, each naming the call.
-    const std::vector<std::string>& glErrors() const { return errors_; }
 
     // Used by the generated wrappers.
     void log(norvgl::GlCall call, std::vector<double> args);

@@ -333,4 +333,11 @@ bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes) {
     return ok;
 }
 
+std::string readText(const std::string& path) {
+    std::vector<std::uint8_t> bytes;
+    if (!readFile(path, bytes))
+        return {};
+    return std::string(bytes.begin(), bytes.end());
+}
+
 } // namespace norvgl::assets

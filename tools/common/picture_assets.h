@@ -110,5 +110,7 @@ std::uint32_t glyphColor(std::uint8_t code);
 
 bool writeFile(const std::string& path, const std::vector<std::uint8_t>& bytes);
 bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes);
+// The whole of a file as text; empty when it cannot be read.
+std::string readText(const std::string& path);
 
 } // namespace norvgl::assets
