@@ -301,6 +301,51 @@ TEST_F(FlushTest, TrianglesWithoutNormalsAreSkippedWithAWarning) {
     EXPECT_NE(log().find(std::string(kTrianglesWithoutNormals) + "\r\n"), std::string::npos);
 }
 
+// What the submitting entries refuse before anything is recorded: each row's submission in a
+// frame, its result, the last error and the vertices queued.
+TEST_F(FlushTest, SubmissionsAreCheckedAtTheEntries) {
+    const auto square = nvtest::square(0, 0, 10, 1); // six vertices
+    const float* v = nvtest::floats(square);
+    const std::uint16_t lastInside[3] = {0, 5, 2};
+    const std::uint16_t oneBeyond[3] = {0, 6, 2};
+    static const std::vector<std::uint16_t> longest(kMaxIndexCount, 1);
+    struct Row {
+        const char* what;
+        std::uint32_t count;
+        const float* vertices;
+        std::uint32_t indexCount; // indexed when not 0 or when `indices` is given
+        const std::uint16_t* indices;
+        int result;
+        int error;
+        std::uint32_t queued;
+    };
+    const Row rows[] = {
+        {"plain", 6, v, 0, nullptr, 0, ERR_NONE, 6},
+        {"no vertices, none given", 0, nullptr, 0, nullptr, 0, ERR_NONE, 0},
+        {"vertices missing", 3, nullptr, 0, nullptr, 1, ERR_INVALID_PARAMETER, 0},
+        {"last index inside", 6, v, 3, lastInside, 0, ERR_NONE, 6},
+        {"index one past the vertices", 6, v, 3, oneBeyond, 1, ERR_INVALID_PARAMETER, 0},
+        {"index into no vertices", 0, nullptr, 3, lastInside, 1, ERR_INVALID_PARAMETER, 0},
+        {"indices missing", 6, v, 3, nullptr, 1, ERR_INVALID_PARAMETER, 0},
+        {"as many indices as a batch holds", 6, v, kMaxIndexCount, longest.data(), 0, ERR_NONE, 6},
+        {"one index more", 6, v, kMaxIndexCount + 1, longest.data(), 1, ERR_INVALID_PARAMETER,
+         0},
+    };
+    for (const Row& row : rows) {
+        ReportError(ERR_NONE, nullptr);
+        GFX_BeginRender();
+        const bool indexed = row.indices || row.indexCount;
+        const int result =
+            indexed ? GFX_DrawIndexedPolygon(PRIM_TRIANGLES, row.count, row.vertices,
+                                             row.indexCount, row.indices)
+                    : GFX_DrawPolygon(PRIM_TRIANGLES, row.count, row.vertices);
+        EXPECT_EQ(result, row.result) << row.what;
+        EXPECT_EQ(driver.lastError, row.error) << row.what;
+        EXPECT_EQ(m3d.positionCursor, 3 * row.queued) << row.what;
+        GFX_EndRender();
+    }
+}
+
 // --- Heaps ---------------------------------------------------------------------------------
 
 TEST_F(FlushTest, VertexHeapHoldsExactlyItsCapacityAndRefusesTheRest) {

@@ -10,14 +10,6 @@
 using namespace norvgl;
 using nvtest::DriverTest;
 
-namespace {
-
-std::string errorReport(int code, const char* detail) {
-    return std::string("Norvgl: Error report: ") + kErrorTable[code].title + ": " +
-           kErrorTable[code].details + "\r\nError details: " + detail + "\r\n";
-}
-
-} // namespace
 
 TEST_F(DriverTest, PropertiesStoreAnyValueAndErrorsStayUntilReplaced) {
     EXPECT_EQ(GFX_SetProperty(PROP_SPARE, 77), 0);
@@ -50,24 +42,6 @@ TEST_F(DriverTest, ReportErrorIgnoresUnknownCodesAndLeavesBuffersForNegativeOnes
     EXPECT_STREQ(title, "untouched");
     EXPECT_STREQ(details, "untouched");
     EXPECT_EQ(log(), before);
-}
-
-TEST_F(DriverTest, UnsupportedAndEmptyEntries) {
-    EXPECT_EQ(GFX_UnloadPicture(1), 1);
-    EXPECT_EQ(GFX_SetDevice(), 1);
-    EXPECT_EQ(GFX_TestRenderState(1, 2, 3), 1);
-    char title[ERROR_TITLE_SIZE];
-    GFX_GetLastError(title, nullptr);
-    EXPECT_STREQ(title, "Feature not supported");
-    EXPECT_NE(log().find(errorReport(ERR_NOT_SUPPORTED, "(none)")), std::string::npos);
-
-    GFX_SetProperty(12, 0); // last error now "Bad property"
-    EXPECT_EQ(GFX_LoadIndexedMesh(1, 2, 3), 1);
-    GFX_GetLastError(title, nullptr);
-    EXPECT_STREQ(title, "Bad property");
-    EXPECT_EQ(GFX_Print(1, "x"), 0);
-    EXPECT_EQ(GFX_Resize(10, 10), 0);
-    EXPECT_EQ(GFX_SetBlitArea(), 0);
 }
 
 TEST_F(DriverTest, LogLinesAppendWithCrLfAndLongLinesAreCut) {

@@ -121,6 +121,35 @@ TEST_F(Properties, EveryOutOfRangeIndexReportsBadPropertyOnce) {
     EXPECT_STREQ(details, kBadPropertyDetails);
 }
 
+TEST_F(Properties, EntriesKeptForOlderHostsAnswerWithoutActing) {
+    // Not offered: each call fails with its own report, whatever it is passed.
+    int (*const unsupported[])(...) = {
+        GFX_AddRenderWindow, GFX_GetAvailableDevices, GFX_GetRenderState, GFX_GetRenderWindow,
+        GFX_RemoveRenderWindow, GFX_SetDevice, GFX_SetRenderState, GFX_SetRenderWindow,
+        GFX_TestRenderState, GFX_UnloadPicture};
+    const std::string report = errorReport("Feature not supported",
+                                           "The render feature (lighting, etc.) you attempted to "
+                                           "enable is not supported by your computer. Or, a "
+                                           "function call you made is not supported by this "
+                                           "library.");
+    for (auto* entry : unsupported) {
+        GFX_GetProperty(8); // another error first, which the call must replace
+        log.appended();
+        EXPECT_EQ(entry(1, 2, 3), 1);
+        EXPECT_EQ(lastError().title, "Feature not supported");
+        EXPECT_EQ(log.appended(), report);
+    }
+    // Nothing to do: success, and nothing logged or recorded.
+    for (auto* entry : {GFX_Print, GFX_Resize, GFX_SetBlitArea}) {
+        EXPECT_EQ(entry(640, 480), 0);
+        EXPECT_EQ(log.appended(), "");
+    }
+    // The older mesh entry fails without touching the last error.
+    EXPECT_EQ(GFX_LoadIndexedMesh(1, 2, 3), 1);
+    EXPECT_EQ(lastError().title, "Feature not supported");
+    EXPECT_EQ(log.appended(), "");
+}
+
 void expectInitialState(const HostWindow& window) {
     ASSERT_TRUE(glContextCurrent());
     GLfloat range[2] = {-1, -1};
