@@ -4,11 +4,12 @@
 #include "core/messages.h"
 #include "pictures/pictures.h"
 #include "picture_assets.h"
+#include "scenario/texture_level.h"
 #include "support/driver_fixture.h"
 
 #include <GL/gl.h>
 
-#include <cstdio>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -17,14 +18,8 @@ namespace assets = norvgl::assets;
 
 namespace {
 
-struct Texel {
-    int r, g, b, a;
-    bool operator==(const Texel&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& out, const Texel& t) {
-    return out << '(' << t.r << ", " << t.g << ", " << t.b << ", " << t.a << ')';
-}
+using Texel = std::array<int, 4>;
+using scenario::readLevel;
 
 assets::RgbImage solid(std::int32_t width, std::int32_t height, std::uint32_t color) {
     assets::RgbImage image;
@@ -40,24 +35,11 @@ protected:
                          const char* name = "memory.bmp", std::uint32_t flags = 0) {
         return GFX_LoadPicture(name, bytes.data(), 0, id, flags);
     }
-    // A texture level parameter of the picture's texture; a level without an image has size 0.
-    static int levelSize(std::uint32_t id, int lod, GLenum what = GL_TEXTURE_WIDTH) {
-        glBindTexture(GL_TEXTURE_2D, PictureTexture(id));
-        GLint value = 0;
-        glGetTexLevelParameteriv(GL_TEXTURE_2D, lod, what, &value);
-        return value;
+    static int levelSize(std::uint32_t id, int lod) {
+        return readLevel(PictureTexture(id), lod).width;
     }
-    // The level's texels, row 0 the one at t = 0.
-    static std::vector<Texel> texels(std::uint32_t id, int lod) {
-        const auto count =
-            static_cast<std::size_t>(levelSize(id, lod) * levelSize(id, lod, GL_TEXTURE_HEIGHT));
-        std::vector<Texel> out(count);
-        std::vector<std::uint8_t> rgba(count * 4);
-        glPixelStorei(GL_PACK_ALIGNMENT, 1);
-        glGetTexImage(GL_TEXTURE_2D, lod, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
-        for (std::size_t i = 0; i < count; ++i)
-            out[i] = {rgba[4 * i], rgba[4 * i + 1], rgba[4 * i + 2], rgba[4 * i + 3]};
-        return out;
+    static Texel texel(std::uint32_t id, int lod, std::size_t i) {
+        return readLevel(PictureTexture(id), lod).texel(i);
     }
     static int minFilter(std::uint32_t id) {
         glBindTexture(GL_TEXTURE_2D, PictureTexture(id));
@@ -145,10 +127,11 @@ TEST_F(PictureLoadTest, BitmapTexturesAreSquarePowersOfTwo) {
         ASSERT_EQ(loadBytes(assets::writeColorBitmap(solid(c.width, c.height, 0xFF0000)), &id), 0);
         EXPECT_NE(PictureTexture(id), 0u);
         EXPECT_EQ(pictures.table[id].pixels, nullptr);
-        EXPECT_EQ(levelSize(id, 0), c.side) << c.width << " x " << c.height;
-        EXPECT_EQ(levelSize(id, 0, GL_TEXTURE_HEIGHT), c.side) << c.width << " x " << c.height;
+        const scenario::Level level = readLevel(PictureTexture(id), 0);
+        EXPECT_EQ(level.width, c.side) << c.width << " x " << c.height;
+        EXPECT_EQ(level.height, c.side) << c.width << " x " << c.height;
         if (c.side) {
-            EXPECT_EQ(texels(id, 0)[0], (Texel{255, 0, 0, 255}));
+            EXPECT_EQ(texel(id, 0, 0), (Texel{255, 0, 0, 255}));
         }
     }
     EXPECT_EQ(driver.lastError, ERR_NONE);
@@ -197,7 +180,8 @@ TEST_F(PictureLoadTest, PureBlackBecomesTransparent) {
                                              {255, 255, 255, 255}, // bottom
                                              {0, 0, 0, 0},
                                              {1, 0, 0, 255}};
-        EXPECT_EQ(texels(id, 0), expected) << (palette ? "8-bit" : "24-bit");
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            EXPECT_EQ(texel(id, 0, i), expected[i]) << (palette ? "8-bit" : "24-bit") << i;
     }
 }
 
@@ -223,9 +207,9 @@ TEST_F(PictureLoadTest, BitmapMipLevelsAreBoxFilteredDownToOnePixel) {
     for (int level = 0; level <= 3; ++level)
         EXPECT_EQ(levelSize(id, level), 8 >> level) << level;
     EXPECT_EQ(levelSize(id, 4), 0);
-    EXPECT_EQ(texels(id, 2)[0], (Texel{255, 0, 0, 255}));
-    EXPECT_EQ(texels(id, 2)[1], (Texel{0, 0, 255, 255}));
-    EXPECT_EQ(texels(id, 3)[0], (Texel{127, 0, 127, 255}));
+    EXPECT_EQ(texel(id, 2, 0), (Texel{255, 0, 0, 255}));
+    EXPECT_EQ(texel(id, 2, 1), (Texel{0, 0, 255, 255}));
+    EXPECT_EQ(texel(id, 3, 0), (Texel{127, 0, 127, 255}));
 
     std::uint32_t plain = 0;
     ASSERT_EQ(loadBytes(bytes, &plain, "plain.bmp", PICTURE_NO_MIPMAPS), 0);
@@ -240,16 +224,16 @@ TEST_F(PictureLoadTest, TdfMipLevelsAreGeneratedPerFormat) {
     // down to 2 x 2.
     GFX_SetRenderProperty(RPROP_MIPMAPS, 1);
     for (const bool rgb565 : {true, false}) {
-        const std::uint16_t texel = rgb565 ? assets::packRgb565(assets::rgb(255, 255, 255))
-                                           : assets::packArgb8332(assets::rgb(255, 255, 255));
+        const std::uint16_t stored = rgb565 ? assets::packRgb565(assets::rgb(255, 255, 255))
+                                            : assets::packArgb8332(assets::rgb(255, 255, 255));
         std::vector<std::vector<std::uint16_t>> one = {
-            std::vector<std::uint16_t>(256 * 256, texel)};
+            std::vector<std::uint16_t>(256 * 256, stored)};
         ASSERT_EQ(loadBytes(assets::writeTdf(rgb565, 256, 256, 1, 1, one), &id), 0);
         const int last = rgb565 ? 8 : 7;
         EXPECT_EQ(levelSize(id, last), 256 >> last);
         EXPECT_EQ(levelSize(id, last + 1), 0);
         const Texel white = rgb565 ? Texel{248, 252, 248, 255} : Texel{252, 252, 255, 255};
-        EXPECT_EQ(texels(id, last)[0], white);
+        EXPECT_EQ(texel(id, last, 0), white);
         EXPECT_EQ(minFilter(id), GL_LINEAR_MIPMAP_LINEAR);
     }
     GFX_SetRenderProperty(RPROP_MIPMAPS, 0);
@@ -275,10 +259,8 @@ TEST_F(PictureLoadTest, TdfTexelsAndRowOrder) {
     GFX_GetPictureDimensions(id, &width, &height, nullptr);
     EXPECT_EQ(width, 4u);
     EXPECT_EQ(height, 2u);
-    const std::vector<Texel> level = texels(id, 0);
-    ASSERT_EQ(level.size(), 8u);
-    EXPECT_EQ(level[0], (Texel{0, 0, 0, 255}));
-    EXPECT_EQ(level[4], (Texel{248, 0, 248, 255}));
+    EXPECT_EQ(texel(id, 0, 0), (Texel{0, 0, 0, 255}));
+    EXPECT_EQ(texel(id, 0, 4), (Texel{248, 0, 248, 255}));
 }
 
 TEST_F(PictureLoadTest, TheTableHoldsAThousandAndTwentyFourPictures) {

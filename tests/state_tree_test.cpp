@@ -5,6 +5,7 @@
 #include "support/driver_fixture.h"
 
 #include <cstring>
+#include <tuple>
 
 using namespace norvgl;
 
@@ -23,21 +24,15 @@ protected:
     static std::uint32_t created() { return m3d.stateCursor - kPermanentNodes; }
 };
 
-TEST_F(StateTreeTest, FrameStartsOnThePermanentChain) {
-    EXPECT_EQ(m3d.currentNode, permanent(4));
+TEST_F(StateTreeTest, FrameStartsWithTheDefaultStateAndNoNodeOfItsOwn) {
+    // Culling off, depth test on, no blending, a white material, no texture.
+    const StateNode& node = *m3d.currentNode;
+    EXPECT_EQ(std::make_tuple(node.cullMode, node.depthMode, node.blendMode, node.texture),
+              std::make_tuple(CULL_OFF, DEPTH_ON, BLEND_OFF, std::uint16_t{0}));
+    EXPECT_EQ(node.ambient[0], 1.0f);
+    EXPECT_EQ(node.diffuse[3], 1.0f);
+    EXPECT_EQ(node.specular[0], 0.0f);
     EXPECT_EQ(created(), 0u);
-    for (int level = 0; level < 5; ++level) {
-        const StateNode* node = permanent(level);
-        EXPECT_EQ(node->level, level);
-        EXPECT_EQ(node->isPermanent, 1);
-        EXPECT_EQ(node->cullMode, CULL_OFF);
-        EXPECT_EQ(node->depthMode, DEPTH_ON);
-        EXPECT_EQ(node->blendMode, BLEND_OFF);
-        EXPECT_EQ(node->texture, 0);
-        EXPECT_EQ(node->ambient[0], 1.0f);
-        EXPECT_EQ(node->specular[0], 0.0f);
-        EXPECT_EQ(node->firstChild, level < 4 ? permanent(level + 1) : nullptr);
-    }
 }
 
 TEST_F(StateTreeTest, RequestThatChangesNothingLeavesTreeButEndsMerging) {
