@@ -19,48 +19,29 @@
 namespace scenario {
 namespace {
 
-// The entries of one loaded copy of the library.
+// The entries a row calls, each taken from the row's own copy of the library.
+// clang-format off
+#define NVGL_HOSTILE_ENTRIES(X)                                                                    \
+    X(GFX_GetLastError) X(GFX_SetProperty) X(GFX_SetRenderProperty) X(GFX_Init) X(GFX_Destroy)    \
+    X(GFX_UnloadAll) X(GFX_BeginRender) X(GFX_EndRender) X(GFX_SetClearColor) X(GFX_Translate)   \
+    X(GFX_Rotate) X(GFX_Scale) X(GFX_Look) X(GFX_Untransform) X(GFX_AddLight)                     \
+    X(GFX_SetLightPosition) X(GFX_SetLightColor) X(GFX_RemoveLight) X(GFX_SetMaterialColor)       \
+    X(GFX_LockRenderState) X(GFX_UnlockRenderState) X(GFX_DrawPolygon) X(GFX_DrawIndexedPolygon) \
+    X(GFX_DrawBillboard) X(GFX_LoadPicture) X(GFX_DrawPicture) X(GFX_SelectTexture)              \
+    X(GFX_SetFontBitmap) X(GFX_SetFontSize) X(GFX_BeginText) X(GFX_EndText)                       \
+    X(GFX_PrintByProportion)
+// clang-format on
+
 struct Driver {
-    explicit Driver(const PrivateLibrary& library) : library_(library) {}
-    template <typename F> F* entry(const char* name) const {
-        F* function = library_.function<F>(name);
-        EXPECT_NE(function, nullptr) << name;
-        return function;
+    explicit Driver(const PrivateLibrary& library) {
+#define NVGL_TAKE(name)                                                                            \
+    name = library.function<decltype(::name)>(#name);                                              \
+    EXPECT_NE(name, nullptr) << #name;
+        NVGL_HOSTILE_ENTRIES(NVGL_TAKE)
+#undef NVGL_TAKE
     }
-#define NVGL_ENTRY(name) decltype(&::name) name = entry<decltype(::name)>(#name)
-    const PrivateLibrary& library_;
-    NVGL_ENTRY(GFX_GetLastError);
-    NVGL_ENTRY(GFX_SetProperty);
-    NVGL_ENTRY(GFX_SetRenderProperty);
-    NVGL_ENTRY(GFX_Init);
-    NVGL_ENTRY(GFX_Destroy);
-    NVGL_ENTRY(GFX_UnloadAll);
-    NVGL_ENTRY(GFX_BeginRender);
-    NVGL_ENTRY(GFX_EndRender);
-    NVGL_ENTRY(GFX_SetClearColor);
-    NVGL_ENTRY(GFX_Translate);
-    NVGL_ENTRY(GFX_Rotate);
-    NVGL_ENTRY(GFX_Scale);
-    NVGL_ENTRY(GFX_Look);
-    NVGL_ENTRY(GFX_Untransform);
-    NVGL_ENTRY(GFX_AddLight);
-    NVGL_ENTRY(GFX_SetLightPosition);
-    NVGL_ENTRY(GFX_SetLightColor);
-    NVGL_ENTRY(GFX_RemoveLight);
-    NVGL_ENTRY(GFX_SetMaterialColor);
-    NVGL_ENTRY(GFX_LockRenderState);
-    NVGL_ENTRY(GFX_UnlockRenderState);
-    NVGL_ENTRY(GFX_DrawPolygon);
-    NVGL_ENTRY(GFX_DrawIndexedPolygon);
-    NVGL_ENTRY(GFX_DrawBillboard);
-    NVGL_ENTRY(GFX_LoadPicture);
-    NVGL_ENTRY(GFX_DrawPicture);
-    NVGL_ENTRY(GFX_SelectTexture);
-    NVGL_ENTRY(GFX_SetFontBitmap);
-    NVGL_ENTRY(GFX_SetFontSize);
-    NVGL_ENTRY(GFX_BeginText);
-    NVGL_ENTRY(GFX_EndText);
-    NVGL_ENTRY(GFX_PrintByProportion);
+#define NVGL_ENTRY(name) decltype(&::name) name = nullptr;
+    NVGL_HOSTILE_ENTRIES(NVGL_ENTRY)
 #undef NVGL_ENTRY
 };
 
