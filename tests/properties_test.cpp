@@ -10,19 +10,28 @@
 using namespace norvgl;
 using nvtest::DriverTest;
 
-
-TEST_F(DriverTest, PropertiesStoreAnyValueAndErrorsStayUntilReplaced) {
-    EXPECT_EQ(GFX_SetProperty(PROP_SPARE, 77), 0);
-    EXPECT_EQ(GFX_GetProperty(PROP_SPARE), 77);
-    GFX_SetProperty(99, 0);
-    EXPECT_EQ(GFX_SetProperty(PROP_NO_TEXTURES, 1), 0); // a success does not clear the error
-    char title[ERROR_TITLE_SIZE];
-    GFX_GetLastError(title, nullptr);
-    EXPECT_STREQ(title, "Bad property");
-    EXPECT_EQ(GFX_SetRenderProperty(8, 42), 0); // the stored ninth slot
-    EXPECT_EQ(GFX_GetRenderProperty(8), 42);
-    EXPECT_EQ(GFX_SetRenderProperty(RPROP_SPARE, 3), 0);
-    EXPECT_EQ(GFX_GetRenderProperty(RPROP_SPARE), 3);
+// Every code's title as the host reads it, in buffers of the sizes the header names.
+TEST_F(DriverTest, EachErrorCodeHasItsTitleAndBothTextsFitTheHostsBuffers) {
+    const char* const titles[] = {
+        "No error has occured",  "SetPixelFormat failed", "wglCreateContext failed",
+        "wglMakeCurrent failed", "Bad property",          "Feature not supported",
+        "File not found",        "Invalid file data",     "Invalid parameter",
+        "Out of memory",         "Unknown error"};
+    for (int code = ERR_NONE; code <= ERR_UNKNOWN; ++code) {
+        ReportError(code, nullptr);
+        char title[ERROR_TITLE_SIZE + 8];
+        char details[ERROR_DETAILS_SIZE + 8];
+        std::memset(title, 'x', sizeof title);
+        std::memset(details, 'x', sizeof details);
+        GFX_GetLastError(title, details);
+        EXPECT_STREQ(title, titles[code]) << code;
+        EXPECT_LT(std::strlen(title), std::size_t{ERROR_TITLE_SIZE}) << code;
+        EXPECT_LT(std::strlen(details), std::size_t{ERROR_DETAILS_SIZE}) << code;
+        // A report is logged for every code but none.
+        EXPECT_EQ(log().find(std::string("Error report: ") + titles[code]) != std::string::npos,
+                  code != ERR_NONE)
+            << code;
+    }
 }
 
 TEST_F(DriverTest, ReportErrorIgnoresUnknownCodesAndLeavesBuffersForNegativeOnes) {
