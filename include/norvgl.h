@@ -13,12 +13,21 @@
 #define NORVGL_API
 #endif
 
-#ifdef __cplusplus
-extern "C" {
-/* Entries that ignore their arguments accept any argument list. */
+/* Entries that ignore their arguments accept any argument list: "..." in C++ and in C23,
+   where "()" means no arguments; before C23 a C declaration can say so only without a
+   prototype. Compilers that announce C23 before accepting "(...)" keep the old form, which
+   they still read as taking any arguments. */
+#if defined(__cplusplus) ||                                                                        \
+    (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L &&                                  \
+     (__STDC_VERSION__ >= 202311L || (defined(__clang__) && __clang_major__ >= 18) ||            \
+      (!defined(__clang__) && defined(__GNUC__) && __GNUC__ >= 13)))
 #define NORVGL_ANY_ARGS ...
 #else
 #define NORVGL_ANY_ARGS
+#endif
+
+#ifdef __cplusplus
+extern "C" {
 #endif
 
 /* Driver properties (GFX_GetProperty / GFX_SetProperty). Slots are pointer-sized:

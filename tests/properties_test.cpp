@@ -113,8 +113,12 @@ TEST_F(DriverTest, ClockSecondsUsesTheSinglePrecisionMillisecondFactor) {
     EXPECT_DOUBLE_EQ(ticks, static_cast<double>(static_cast<std::uint32_t>(ticks + 0.5)));
 }
 
-extern "C" int norvgl_header_is_c(void);
+extern "C" int norvgl_header_is_c90(void);
+extern "C" int norvgl_header_is_c17(void);
+extern "C" int norvgl_header_is_c23(void);
 
-TEST(Header, IsUsableFromC) {
-    EXPECT_EQ(norvgl_header_is_c(), 1);
+TEST(Header, IsUsableFromCOfEveryStandard) {
+    EXPECT_EQ(norvgl_header_is_c90(), 1);
+    EXPECT_EQ(norvgl_header_is_c17(), 1);
+    EXPECT_EQ(norvgl_header_is_c23(), 1);
 }
