@@ -123,3 +123,29 @@ TEST_F(TransformTest, DisabledRenderingIgnoresTransforms) {
 }
 
 } // namespace
+
+// Rotation about an axis through the origin, with the axis used as given.
+TEST(RotateAboutAxis, TurnsCounterClockwiseSeenFromTheAxisTip) {
+    constexpr float kQuarter = 1.57079632679f;
+    struct Case {
+        float point[3];
+        float axis[3];
+        float angle;
+        float expected[3];
+    };
+    const Case cases[] = {
+        {{1, 0, 0}, {0, 0, 1}, kQuarter, {0, 1, 0}},
+        {{0, 1, 0}, {1, 0, 0}, kQuarter, {0, 0, 1}},
+        {{0, 0, 1}, {0, 1, 0}, kQuarter, {1, 0, 0}},
+        {{1, 2, 3}, {0, 0, 1}, 0.0f, {1, 2, 3}},
+        // An axis of length 2 is not normalised: the point leaves the unit circle.
+        {{1, 0, 0}, {0, 0, 2}, kQuarter, {0, 2, 0}},
+    };
+    for (const Case& c : cases) {
+        float p[3] = {c.point[0], c.point[1], c.point[2]};
+        RotateAboutAxis(p, c.axis, c.angle);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_NEAR(p[i], c.expected[i], 1e-6)
+                << "axis " << c.axis[0] << c.axis[1] << c.axis[2] << " component " << i;
+    }
+}

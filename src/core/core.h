@@ -32,6 +32,8 @@ struct DriverState {
     std::int32_t clientHeight;
     // Last ObjectId issued; shared by every kind of object.
     std::uint32_t objectIdCounter;
+    // Whether a mesh or a particle system still holds an id; null while nothing can.
+    bool (*objectIdHeld)(std::uint32_t id);
 };
 
 extern DriverState driver;
@@ -49,6 +51,14 @@ void getLastError(char* title, char* details);
 std::intptr_t getProperty(std::uint32_t index);
 int setProperty(std::uint32_t index, std::intptr_t value);
 int getRenderProperty(std::int32_t index);
+
+// ObjectIds. GFX_UnloadAll restarts the count while meshes and particle systems keep their
+// ids, so issuing skips every id that one of them still holds (and 0): no two live objects
+// ever share an id, and with none held the count goes 1, 2, 3 as before.
+std::uint32_t IssueObjectId();
+// Takes back `id` when it is the one issued last, so that a failed load leaves no gap.
+void ReturnObjectId(std::uint32_t id);
+void SetObjectIdHeldCheck(bool (*held)(std::uint32_t id));
 
 // Debug log and files.
 enum FileMode : std::uint32_t { FILE_READ = 1, FILE_WRITE = 2, FILE_APPEND = 4 };

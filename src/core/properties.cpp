@@ -42,7 +42,26 @@ void libraryAttach() {
     resetTables();
     driver.clientWidth = driver.clientHeight = 0;
     driver.objectIdCounter = 0;
+    driver.objectIdHeld = nullptr;
     ReportError(ERR_NONE, nullptr);
+}
+
+std::uint32_t IssueObjectId() {
+    std::uint32_t id = driver.objectIdCounter;
+    do {
+        ++id;
+    } while (id == 0 || (driver.objectIdHeld && driver.objectIdHeld(id)));
+    driver.objectIdCounter = id;
+    return id;
+}
+
+void ReturnObjectId(std::uint32_t id) {
+    if (id != 0 && driver.objectIdCounter == id)
+        driver.objectIdCounter = id - 1;
+}
+
+void SetObjectIdHeldCheck(bool (*held)(std::uint32_t id)) {
+    driver.objectIdHeld = held;
 }
 
 void ReportError(std::int32_t code, const char* detailFormat, ...) {

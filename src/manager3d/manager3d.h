@@ -116,6 +116,12 @@ int Manager3D_Untransform(std::uint32_t n);
 void Manager3D_Perspective(float aspect, float zNear, float zFar);
 void Manager3D_ScreenSpace(bool on);
 void Manager3D_ResetTransforms();
+// The modelview slot in effect for geometry submitted now; unchanged until the next frame.
+const Matrix4* Manager3D_CurrentModelview();
+// Rotates `point` in place about `axis` through the origin by `angle` radians, counter-
+// clockwise seen from the axis' tip. The axis is taken as given: one that is not of unit
+// length scales as well as rotates. Shared by model building and particle shards.
+void RotateAboutAxis(float* point, const float* axis, float angle);
 
 // Submission.
 int Manager3D_Submit(std::int32_t type, std::uint32_t count, const float* positions,

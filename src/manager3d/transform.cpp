@@ -126,4 +126,19 @@ void Manager3D_ScreenSpace(bool on) {
     }
 }
 
+const Matrix4* Manager3D_CurrentModelview() {
+    return &m3d.matrixHeap[m3d.currentMatrix];
+}
+
+void RotateAboutAxis(float* point, const float* axis, float angle) {
+    const float s = std::sin(angle);
+    const float c = std::cos(angle);
+    const float t = 1.0f - c;
+    const float ax = axis[0], ay = axis[1], az = axis[2];
+    const float x = point[0], y = point[1], z = point[2];
+    point[0] = (t * ax * ax + c) * x + (t * ax * ay - s * az) * y + (t * ax * az + s * ay) * z;
+    point[1] = (t * ax * ay + s * az) * x + (t * ay * ay + c) * y + (t * ay * az - s * ax) * z;
+    point[2] = (t * ax * az - s * ay) * x + (t * ay * az + s * ax) * y + (t * az * az + c) * z;
+}
+
 } // namespace norvgl
