@@ -93,11 +93,6 @@ TEST_F(PictureTableTest, SelectTextureRequestsThePicturesTexture) {
     const std::uint32_t id = add("b.bmp");
     const std::uint32_t pixelId = add("c.bmp", true);
     GFX_BeginRender();
-    StateNode* before = m3d.currentNode;
-    GFX_SetProperty(PROP_ENABLED, 0);
-    EXPECT_EQ(GFX_SelectTexture(id), 0);
-    EXPECT_EQ(m3d.currentNode, before);
-    GFX_SetProperty(PROP_ENABLED, 1);
     GFX_SelectTexture(id);
     EXPECT_EQ(m3d.currentNode->texture, PictureTexture(id));
     GFX_SelectTexture(pixelId); // a picture held as pixels hands on no texture

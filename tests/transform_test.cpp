@@ -112,15 +112,6 @@ TEST_F(TransformTest, ScreenSpaceNestsOnTheProjectionStackAndRestores) {
     EXPECT_EQ(m3d.projectionIndex, 1u);
 }
 
-TEST_F(TransformTest, DisabledRenderingIgnoresTransforms) {
-    GFX_SetProperty(PROP_ENABLED, 0);
-    GFX_Translate(1, 2, 3);
-    GFX_Look(0, 0, 0, 1, 0, 0, 0, 0, 0);
-    EXPECT_EQ(GFX_Untransform(0), 0);
-    EXPECT_EQ(m3d.currentMatrix, 1u);
-    GFX_SetProperty(PROP_ENABLED, -1);
-}
-
 } // namespace
 
 // Rotation about an axis through the origin, with the axis used as given.
