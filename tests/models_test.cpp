@@ -413,8 +413,13 @@ TEST_F(ObjectDrawTest, DisabledDrawingDoesNothingButObjectsStillClose) {
     GFX_SetProperty(PROP_ENABLED, -1);
 }
 
-TEST_F(ObjectDrawTest, DestroyEmptiesTheStoreAndLoadsWaitForTheNextInit) {
+TEST_F(ObjectDrawTest, DestroyEmptiesTheStoreClosesAnOpenObjectAndLoadsWaitForTheNextInit) {
+    unsigned object = 0;
+    GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr);
+    nvtest::GlRecorder rec;
     EXPECT_EQ(GFX_Destroy(), 0);
+    EXPECT_EQ(rec.texts({GlCall::EndList, GlCall::DeleteLists}),
+              (std::vector<std::string>{"glEndList()", "glDeleteLists(1, 2)"}));
     EXPECT_EQ(meshStore.meshes, nullptr);
     unsigned id = 77;
     EXPECT_EQ(GFX_LoadVRML(0, 0, "", &id, 0, 0, 0, nullptr), 1);

@@ -74,6 +74,9 @@ int LoadMeshIndirect(std::int32_t type, std::uint32_t count, float* positions, f
 // pointer for type 0 is refused with ERR_INVALID_PARAMETER and result 1.
 int NewObject(std::uint32_t* idOut, std::int32_t type);
 int EndObject();
+// Closes the list the host left open, if any: a context that goes away while compiling one
+// never lets go of it.
+void Objects_CloseOpenList();
 // Hands the mesh `id` to the render queue by reference, translated by (x, y, z) and back.
 // Mask 0: each texture group under its own texture, and the queue keeps the last group's
 // state. Another mask: every group under the caller's state, the current node restored after

@@ -36,6 +36,13 @@ int EndObject() {
     return 0;
 }
 
+void Objects_CloseOpenList() {
+    GLfloat open = 0.0f;
+    gl.GetFloatv(GL_LIST_INDEX, &open);
+    if (open != 0.0f)
+        gl.EndList();
+}
+
 int Object_Draw(std::uint32_t id, float x, float y, float z, std::int32_t type, std::uint32_t mask,
                 const void* values) {
     StateNode* mesh = MeshStore_Find(id);

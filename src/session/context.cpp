@@ -125,11 +125,13 @@ int unloadAll() {
     return 0;
 }
 
-// Meshes first, then the queue's pools, then the pictures and lists while their context is
-// still current; the context and the window go last, stopping at the first that fails.
+// Meshes first, then the queue's pools, then the pictures and lists (one left open closed
+// first) while their context is still current; the context and the window go last, stopping
+// at the first that fails.
 int destroyContext() {
     MeshStore_Clear();
     Manager3D_FreeHeaps();
+    Objects_CloseOpenList();
     unloadAll();
     if (driver.properties[PROP_MODE_CHANGED])
         platform::restoreDisplayMode();
