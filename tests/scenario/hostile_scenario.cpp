@@ -29,7 +29,8 @@ namespace {
     X(GFX_LockRenderState) X(GFX_UnlockRenderState) X(GFX_DrawPolygon) X(GFX_DrawIndexedPolygon) \
     X(GFX_DrawBillboard) X(GFX_LoadPicture) X(GFX_DrawPicture) X(GFX_SelectTexture)              \
     X(GFX_SetFontBitmap) X(GFX_SetFontSize) X(GFX_BeginText) X(GFX_EndText)                       \
-    X(GFX_PrintByProportion)
+    X(GFX_PrintByProportion) X(GFX_LoadVRML) X(GFX_LoadMeshIndirect) X(GFX_NewObject)           \
+    X(GFX_EndObject) X(GFX_DrawObject) X(GFX_DrawObjectEx)
 // clang-format on
 
 struct Driver {
@@ -122,6 +123,28 @@ void normalFrame(Host& host) {
     EXPECT_EQ(image.at(quarter, 3 * quarter), kClear);
 }
 
+// A one-triangle model and a one-triangle host mesh (whose arrays must outlive its draws).
+struct Meshes {
+    float positions[9] = {0, 0, 50, 10, 0, 50, 0, 10, 50};
+    float normals[9] = {0, 0, -1, 0, 0, -1, 0, 0, -1};
+    float texCoords[6] = {0, 0, 1, 0, 0, 1};
+    unsigned model = 0;
+    unsigned mesh = 0;
+    void load(Driver& gfx) {
+        static const char text[] = "DEF A T { coord DEF P C { point [ 0 0 50, 9 0 50, 0 9 50 ] } "
+                                   "coordIndex [ 0 1 2 ] }\r\n";
+        gfx.GFX_LoadVRML(0, sizeof text - 1, text, &model, 0, 0, 0, nullptr);
+        gfx.GFX_LoadMeshIndirect(PRIM_TRIANGLES, 3, positions, normals, texCoords, nullptr, 0, 1,
+                                 &mesh);
+    }
+    void draw(Driver& gfx) const {
+        const unsigned noTexture = 0;
+        gfx.GFX_DrawObject(model, 0, 0, 0);
+        gfx.GFX_DrawObject(mesh, 1, 2, 3);
+        gfx.GFX_DrawObjectEx(mesh, 0, 0, 0, PRIM_POINTS, STATE_TEXTURE, &noTexture);
+    }
+};
+
 // Every kind of call a host makes between frames and inside them, with harmless arguments.
 void everyDrawingCall(Driver& gfx) {
     const float triangle[24] = {0, 0, 50, 0, 0, 1,  0,  0, 10, 0, 50, 0,
@@ -129,6 +152,11 @@ void everyDrawingCall(Driver& gfx) {
     const unsigned short indices[3] = {0, 1, 2};
     const unsigned depthOff = DEPTH_OFF;
     const float position[3] = {0, 0, 50};
+    Meshes meshes;
+    unsigned object = 0;
+    meshes.load(gfx);
+    gfx.GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr);
+    gfx.GFX_EndObject();
     EXPECT_EQ(gfx.GFX_SetClearColor(0.5f, 0.5f, 0.5f, 1.0f), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 1), 0);
@@ -156,6 +184,7 @@ void everyDrawingCall(Driver& gfx) {
     gfx.GFX_BeginText();
     gfx.GFX_PrintByProportion(0.1f, 0.1f, "AB");
     gfx.GFX_EndText();
+    meshes.draw(gfx);
     EXPECT_EQ(gfx.GFX_EndRender(), 0);
     EXPECT_EQ(gfx.GFX_UnloadAll(), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 0), 0);
@@ -266,6 +295,28 @@ const HostileOrder kHostileOrders[] = {
          EXPECT_EQ(host.gfx.GFX_Init(), 1);
          EXPECT_EQ(host.lastErrorTitle(), kPixelFormatTitle);
          host.gfx.GFX_SetProperty(PROP_WINDOW, host.window->handle());
+     }},
+    {"ModelsAcrossUnloadingASecondInitAndAnOpenObject",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         Meshes meshes;
+         unsigned object = 0;
+         host.init();
+         meshes.load(gfx);
+         EXPECT_EQ(gfx.GFX_UnloadAll(), 0);
+         gfx.GFX_BeginRender();
+         Meshes inFrame;
+         inFrame.load(gfx); // before any copied polygon: a model and a mesh are made
+         meshes.draw(gfx);
+         inFrame.draw(gfx);
+         gfx.GFX_EndRender();
+         ASSERT_EQ(gfx.GFX_Init(), 0); // a new context starts with no meshes
+         gfx.GFX_BeginRender();
+         meshes.draw(gfx);
+         gfx.GFX_EndRender();
+         gfx.GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr); // left open
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.attached = false;
      }},
     {"EmptyPolygonsWithoutArrays",
      [](Host& host) {
