@@ -13,8 +13,10 @@
 
 #include <cstring>
 #include <functional>
+#include <string>
 
 using namespace norvgl;
+using norvgl::GlCall;
 using nvtest::GlRecorder;
 
 namespace {
@@ -49,8 +51,15 @@ protected:
         ASSERT_EQ(GFX_LoadPicture("p.bmp", bitmap.data(), 0, &picture, 0), 0);
         ASSERT_EQ(GFX_SetFontBitmap(picture), 0);
         GFX_SetFontSize(0.1f, 0.1f);
+        const std::string text = "DEF F IndexedFaceSet {\r\n"
+                                 "coord DEF P Coordinate { point [ 0 0 9, 1 0 9, 0 1 9 ] }\r\n"
+                                 "coordIndex [ 0, 1, 2, -1 ] }\r\n";
+        ASSERT_EQ(GFX_LoadVRML(0, static_cast<unsigned>(text.size()), text.c_str(), &model, 0, 0, 0,
+                               nullptr),
+                  0);
     }
     unsigned int picture = 0;
+    unsigned int model = 0;
 };
 
 struct Guarded {
@@ -65,6 +74,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
     static const std::uint16_t indices[3] = {0, 1, 2};
     const std::uint32_t blend = BLEND_ALPHA;
     const unsigned int id = picture;
+    const unsigned int object = model;
     const Guarded rows[] = {
         {"GFX_BeginRender", [] { return GFX_BeginRender(); }, {}},
         {"GFX_EndRender", [] { return GFX_EndRender(); }, {}},
@@ -98,6 +108,10 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
         {"GFX_BeginText", [] { return GFX_BeginText(); }, {}},
         {"GFX_EndText", [] { return GFX_EndText(); }, [] { GFX_BeginText(); }},
         {"GFX_PrintByProportion", [] { return GFX_PrintByProportion(0, 0, "AB"); }, {}},
+        {"GFX_DrawObject", [=] { return GFX_DrawObject(object, 1, 2, 3); }, {}},
+        {"GFX_DrawObjectEx",
+         [=] { return GFX_DrawObjectEx(object, 1, 2, 3, PRIM_POINTS, STATE_TEXTURE, nullptr); },
+         {}},
     };
     for (const Guarded& row : rows) {
         if (row.prepare)
@@ -132,7 +146,7 @@ TEST_F(ExportsTest, PartlyGuardedEntriesKeepOnlyTheirUnguardedPart) {
     GFX_SetProperty(PROP_ENABLED, 1);
 }
 
-// Lights, fonts, loading and the property calls are not guarded.
+// Lights, fonts, loading, objects and the property calls are not guarded.
 TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     GFX_SetProperty(PROP_ENABLED, 0);
     EXPECT_EQ(GFX_AddLight(3, 0, 0, 0, 0), 0);
@@ -153,6 +167,13 @@ TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     EXPECT_EQ(width, 4u);
     EXPECT_EQ(GFX_SetFontBitmap(id), 0);
     EXPECT_EQ(font.fontPicture, id);
+    unsigned int object = 0;
+    GlRecorder rec;
+    EXPECT_EQ(GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr), 0);
+    EXPECT_EQ(GFX_EndObject(), 0);
+    EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList}),
+              (std::vector<std::string>{"glNewList(" + std::to_string(object) + ", 4864)",
+                                        "glEndList()"}));
     EXPECT_EQ(GFX_GetProperty(PROP_ENABLED), 0);
     GFX_SetProperty(PROP_ENABLED, 1);
 }

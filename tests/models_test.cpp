@@ -399,20 +399,6 @@ TEST_F(ObjectDrawTest, ExReplacesEveryBatchTypeButNone) {
     EXPECT_EQ(driver.lastError, ERR_INVALID_PARAMETER);
 }
 
-TEST_F(ObjectDrawTest, DisabledDrawingDoesNothingButObjectsStillClose) {
-    nvtest::GlRecorder rec;
-    GFX_SetProperty(PROP_ENABLED, 0);
-    GFX_BeginRender();
-    unsigned id = 0;
-    EXPECT_EQ(GFX_NewObject(&id, OBJECT_DISPLAY_LIST, nullptr), 0);
-    EXPECT_EQ(GFX_EndObject(), 0);
-    EXPECT_EQ(GFX_DrawObject(model, 1, 2, 3), 0);
-    EXPECT_EQ(GFX_DrawObjectEx(model, 1, 2, 3, PRIM_POINTS, STATE_TEXTURE, nullptr), 0);
-    EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList, GlCall::Translatef}),
-              (std::vector<std::string>{"glNewList(2, 4864)", "glEndList()"}));
-    GFX_SetProperty(PROP_ENABLED, -1);
-}
-
 TEST_F(ObjectDrawTest, DestroyEmptiesTheStoreClosesAnOpenObjectAndLoadsWaitForTheNextInit) {
     unsigned object = 0;
     GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr);
