@@ -1,7 +1,7 @@
 // The driver attached to its own 640 x 480 window, once for the whole benchmark run.
 #pragma once
 
-#include "scenario/host_window.h"
+#include "host_window.h"
 
 #include "norvgl.h"
 
@@ -12,9 +12,9 @@
 namespace norvgl::bench {
 
 struct Session {
-    std::unique_ptr<scenario::HostWindow> window;
+    std::unique_ptr<norvgl::host::HostWindow> window;
     Session() {
-        window = std::make_unique<scenario::HostWindow>(640, 480);
+        window = std::make_unique<norvgl::host::HostWindow>(640, 480);
         GFX_SetProperty(PROP_WINDOW, window->handle());
         if (GFX_Init() != 0) {
             std::fprintf(stderr, "bench: GFX_Init failed on the X display\n");

@@ -136,7 +136,7 @@ TEST_F(DriverTest, DestroyRestoresTheDisplayModeOnlyWhenTheHostSaysItChangedIt) 
     const RRMode smaller = addMode(host.display);
     const DisplayModeRecord wanted = {800, 600,
                                       static_cast<unsigned char>(DefaultDepth(host.display, 0))};
-    scenario::HostWindow window;
+    norvgl::host::HostWindow window;
     GFX_SetProperty(PROP_WINDOW, window.handle());
     for (const int changed : {0, 1}) {
         ASSERT_EQ(GFX_Init(), 0);

@@ -35,7 +35,7 @@ class PictureDrawTest : public nvtest::DriverTest,
 
 TEST_P(PictureDrawTest, RectangleBecomesAScreenSpaceQuad) {
     const Rectangle& r = GetParam();
-    scenario::HostWindow window(r.windowWidth, r.windowHeight);
+    norvgl::host::HostWindow window(r.windowWidth, r.windowHeight);
     GFX_SetProperty(PROP_WINDOW, window.handle());
     ASSERT_EQ(GFX_Init(), 0);
     assets::RgbImage image{64, 48, std::vector<std::uint32_t>(64 * 48, 0xFF0000u)};

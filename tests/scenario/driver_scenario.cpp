@@ -1,7 +1,7 @@
 // A host's first contact with the driver: what a freshly loaded library holds and logs, the
 // property calls and their errors, GFX_Init on a real window and on handles that are none,
 // and the display-mode list.
-#include "host_window.h"
+#include "host_system.h"
 #include "picture_assets.h"
 #include "scenario.h"
 #include "scenario_gl.h"

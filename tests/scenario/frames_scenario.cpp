@@ -2,7 +2,7 @@
 // primitives where the left-handed coordinates put them, culling, the alternating depth
 // phases, blending, lighting and clearing. Every capture is also saved for the comparison of
 // one system's run with the other's.
-#include "host_window.h"
+#include "host_system.h"
 #include "scenario.h"
 #include "scenario_gl.h"
 #include "support/scene.h"

@@ -4,7 +4,7 @@
 // copy of the library and ends with a normal frame whose pixels, and the picture loaded
 // before the hostile calls, are checked. The test command also runs these with the address
 // and undefined-behaviour sanitizers.
-#include "host_window.h"
+#include "host_system.h"
 #include "picture_assets.h"
 #include "scenario.h"
 

@@ -2,7 +2,7 @@
 // under culling, the same model under the caller's state, a host mesh with its picture at two
 // places, and many cycles of GFX_Init to GFX_Destroy with everything loaded and drawn, which
 // must give back what they took.
-#include "host_window.h"
+#include "host_system.h"
 #include "picture_assets.h"
 #include "scenario.h"
 #include "support/scene.h"

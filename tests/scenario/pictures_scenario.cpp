@@ -3,7 +3,7 @@
 // formats, each read back from its texture (level 0 and a mip level) and dumped for the
 // comparison of one system's run with the other's; then frames with pictures and text.
 // Run-length escapes are left to the decoder's tests and the Wine bitmap check.
-#include "host_window.h"
+#include "host_system.h"
 #include "picture_assets.h"
 #include "scenario.h"
 #include "texture_level.h"

@@ -2,7 +2,7 @@
 // directory, and where captures go (the directory named by NORVGL_SCENARIO_OUT, when set).
 #pragma once
 
-#include "image.h"
+#include "host_system.h"
 
 #include <cstddef>
 #include <string>

@@ -33,7 +33,7 @@ std::string DriverTest::log() const {
 
 void WindowTest::SetUp() {
     DriverTest::SetUp();
-    window = std::make_unique<scenario::HostWindow>();
+    window = std::make_unique<norvgl::host::HostWindow>();
     GFX_SetProperty(PROP_WINDOW, window->handle());
     ASSERT_EQ(GFX_Init(), 0);
 }

@@ -2,7 +2,7 @@
 // current directory) with the driver's tables as after a fresh load.
 #pragma once
 
-#include "scenario/host_window.h"
+#include "host_window.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ class WindowTest : public DriverTest {
 protected:
     void SetUp() override;
     void TearDown() override;
-    std::unique_ptr<scenario::HostWindow> window;
+    std::unique_ptr<norvgl::host::HostWindow> window;
 };
 
 // A WindowTest with a frame open for the whole test.

@@ -3,9 +3,7 @@
 // what reached the window as "demo.png" in the current directory.
 #include "norvgl.h"
 
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-#include <png.h>
+#include "host_window.h"
 
 #include <cmath>
 #include <cstdio>
@@ -105,51 +103,11 @@ void drawScene() {
     GFX_EndRender();
 }
 
-bool savePng(Display* display, Window window, const char* path) {
-    XSync(display, False);
-    XImage* shot = XGetImage(display, window, 0, 0, kWidth, kHeight, AllPlanes, ZPixmap);
-    if (!shot)
-        return false;
-    std::vector<png_byte> rgb(static_cast<std::size_t>(kWidth) * kHeight * 3);
-    for (int y = 0; y < kHeight; ++y)
-        for (int x = 0; x < kWidth; ++x) {
-            const unsigned long p = XGetPixel(shot, x, y);
-            png_byte* out = &rgb[(static_cast<std::size_t>(y) * kWidth + x) * 3];
-            out[0] = static_cast<png_byte>((p & shot->red_mask) >> 16);
-            out[1] = static_cast<png_byte>((p & shot->green_mask) >> 8);
-            out[2] = static_cast<png_byte>(p & shot->blue_mask);
-        }
-    XDestroyImage(shot);
-
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = kWidth;
-    image.height = kHeight;
-    image.format = PNG_FORMAT_RGB;
-    return png_image_write_to_file(&image, path, 0, rgb.data(), 0, nullptr) != 0;
-}
-
 } // namespace
 
 int main() {
-    Display* display = XOpenDisplay(nullptr);
-    if (!display) {
-        std::fprintf(stderr, "demo: cannot open the X display (is DISPLAY set?)\n");
-        return 1;
-    }
-    const int screen = DefaultScreen(display);
-    const Window window =
-        XCreateSimpleWindow(display, RootWindow(display, screen), 0, 0, kWidth, kHeight, 0,
-                            BlackPixel(display, screen), BlackPixel(display, screen));
-    XStoreName(display, window, "norvgl demo");
-    XSelectInput(display, window, StructureNotifyMask);
-    XMapWindow(display, window);
-    XEvent event;
-    do
-        XNextEvent(display, &event);
-    while (event.type != MapNotify);
-
-    GFX_SetProperty(PROP_WINDOW, static_cast<intptr_t>(window));
+    norvgl::host::HostWindow window(kWidth, kHeight, "norvgl demo");
+    GFX_SetProperty(PROP_WINDOW, window.handle());
     if (GFX_Init() != 0) {
         char title[ERROR_TITLE_SIZE], details[ERROR_DETAILS_SIZE];
         GFX_GetLastError(title, details);
@@ -170,10 +128,8 @@ int main() {
     GFX_AddLight(0, 1, -0.5f, -1, -0.8f);
     GFX_SetLightColor(0, 0.2f, 0.2f, 0.2f, 1, 1, 1, 0, 0, 0);
     drawScene();
-    const bool saved = savePng(display, window, "demo.png");
+    const bool saved = window.capture().savePng("demo.png");
     GFX_Destroy();
-    XDestroyWindow(display, window);
-    XCloseDisplay(display);
     if (!saved) {
         std::fprintf(stderr, "demo: could not save demo.png\n");
         return 1;

@@ -1,6 +1,5 @@
-// The scenario host's system on Linux: Xlib windows on $DISPLAY, GLX, dlopen.
-#include "host_window.h"
-#include "support/x11_capture.h"
+// The scenario host's system on Linux: Xlib on $DISPLAY, GLX, dlopen.
+#include "host_system.h"
 
 #include <GL/glx.h>
 #include <X11/Xlib.h>
@@ -29,64 +28,7 @@ Display* openDisplay() {
     throw std::runtime_error("no X display: set DISPLAY or run through scripts/test.sh");
 }
 
-Bool isMapNotify(Display*, XEvent* event, XPointer window) {
-    return event->type == MapNotify &&
-           event->xmap.window == static_cast<Window>(reinterpret_cast<std::uintptr_t>(window));
-}
-
 } // namespace
-
-HostWindow::HostWindow(int clientWidth, int clientHeight)
-    : width_(clientWidth), height_(clientHeight) {
-    Display* display = openDisplay();
-    connection_ = display;
-    const int screen = DefaultScreen(display);
-    const Window window =
-        XCreateSimpleWindow(display, RootWindow(display, screen), 0, 0,
-                            static_cast<unsigned>(clientWidth), static_cast<unsigned>(clientHeight),
-                            0, BlackPixel(display, screen), BlackPixel(display, screen));
-    window_ = window;
-    XStoreName(display, window, "norvgl scenario");
-    XSelectInput(display, window, StructureNotifyMask);
-    XMapWindow(display, window);
-    // The driver may only draw once the server shows the window.
-    XEvent event;
-    XIfEvent(display, &event, isMapNotify, reinterpret_cast<XPointer>(window_));
-}
-
-HostWindow::~HostWindow() {
-    auto* display = static_cast<Display*>(connection_);
-    if (!destroyed_)
-        XDestroyWindow(display, static_cast<Window>(window_));
-    XCloseDisplay(display);
-}
-
-void HostWindow::destroy() {
-    if (destroyed_)
-        return;
-    auto* display = static_cast<Display*>(connection_);
-    XDestroyWindow(display, static_cast<Window>(window_));
-    XSync(display, False);
-    destroyed_ = true;
-}
-
-std::intptr_t HostWindow::handle() const {
-    return static_cast<std::intptr_t>(window_);
-}
-
-Image HostWindow::capture() const {
-    Image image;
-    image.pixels.resize(static_cast<std::size_t>(width_) * height_);
-    image.width = width_;
-    image.height = height_;
-    if (!nvtest::captureWindow(static_cast<Display*>(connection_), static_cast<Window>(window_),
-                               width_, height_,
-                               [&](int x, int y, std::uint8_t r, std::uint8_t g, std::uint8_t b) {
-                                   image.at(x, y) = {r, g, b};
-                               }))
-        return Image{};
-    return image;
-}
 
 DestroyedWindow::DestroyedWindow() {
     // The id stays allocated to this connection, so no other client's resource takes it.

@@ -1,9 +1,9 @@
-// What a scenario needs of the host's system, implemented once for X11 and once for Win32:
-// a window to hand the driver and a capture of what it shows, handles that name no window,
-// the screen's current mode and a private copy of the driver library loaded at run time.
+// What a scenario needs of the host's system beyond the host window (tools/common), once for
+// X11 and once for Win32: handles that name no window, a pipe, the heap in use, the screen's
+// current mode and a private copy of the driver library loaded at run time.
 #pragma once
 
-#include "image.h"
+#include "host_window.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,31 +11,9 @@
 
 namespace scenario {
 
-// A mapped top-level window with a client area of the given size, ready for GFX_Init.
-class HostWindow {
-public:
-    explicit HostWindow(int clientWidth = 640, int clientHeight = 480);
-    ~HostWindow();
-    HostWindow(const HostWindow&) = delete;
-    HostWindow& operator=(const HostWindow&) = delete;
-
-    // The value the host stores in PROP_WINDOW.
-    std::intptr_t handle() const;
-    int clientWidth() const { return width_; }
-    int clientHeight() const { return height_; }
-    // What the window's client area shows now: the last frame the driver swapped to it.
-    Image capture() const;
-    // The host destroys its window now, while the driver may still hold it; handle() keeps
-    // naming the window that was.
-    void destroy();
-
-private:
-    int width_;
-    int height_;
-    void* connection_ = nullptr; // X11: the host's own display connection
-    std::uintptr_t window_ = 0;
-    bool destroyed_ = false;
-};
+using norvgl::host::HostWindow;
+using norvgl::host::Image;
+using norvgl::host::Rgb;
 
 // A name in the file system that is a pipe no one writes to: opening and reading it as a
 // file would wait for ever.
