@@ -477,4 +477,35 @@ BitmapResult stretchBitmap(const std::uint8_t* data, std::size_t size, const Bit
     return BitmapResult::Ok;
 }
 
+BitmapPlan planBitmap(std::uint32_t width, std::uint32_t height, bool texturesOn) {
+    if (!texturesOn || width > kBitmapMaxTextureSide || height > kBitmapMaxTextureSide)
+        return {BitmapTarget::PixelArray, width, height};
+    auto floorPowerOfTwo = [](std::uint32_t value) {
+        std::uint32_t power = 1;
+        while (power <= value / 2)
+            power *= 2;
+        return power;
+    };
+    const std::uint32_t w2 = floorPowerOfTwo(width);
+    const std::uint32_t h2 = floorPowerOfTwo(height);
+    if (w2 == h2)
+        return {BitmapTarget::Texture, w2, w2};
+    if (w2 >= kBitmapMaxTextureSide || h2 >= kBitmapMaxTextureSide)
+        return {BitmapTarget::TextureWithoutImage, 0, 0};
+    const std::uint32_t side = 2 * (w2 > h2 ? w2 : h2);
+    return {BitmapTarget::Texture, side, side};
+}
+
+bool bitmapBitsFit(const BitmapInfo& info) {
+    if (static_cast<std::uint64_t>(info.width) * info.absHeight > kBitmapMaxPixels)
+        return false;
+    if (info.bitsOffset > info.fileSize)
+        return false;
+    if (info.compression != kBitmapRgb)
+        return true;
+    const std::uint64_t stride =
+        (static_cast<std::uint64_t>(info.width) * info.bitsPerPixel + 31) / 32 * 4;
+    return stride * info.absHeight <= info.fileSize - info.bitsOffset;
+}
+
 } // namespace norvgl

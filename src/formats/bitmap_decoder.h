@@ -61,6 +61,24 @@ struct BitmapInfo {
     bool topDown = false;
 };
 
+// What the driver makes of a bitmap: a texture when textures are on and neither side is
+// above kBitmapMaxTextureSide, else a pixel array of the bitmap's own size. Texture sides are
+// square: equal powers of two (each side rounded down) stay, otherwise the side is twice the
+// larger one, unless one of them reaches kBitmapMaxTextureSide: then the texture gets no image.
+inline constexpr std::uint32_t kBitmapMaxTextureSide = 256;
+enum class BitmapTarget { Texture, TextureWithoutImage, PixelArray };
+struct BitmapPlan {
+    BitmapTarget target = BitmapTarget::PixelArray;
+    std::uint32_t width = 0; // of the texture, or of the pixel array
+    std::uint32_t height = 0;
+};
+BitmapPlan planBitmap(std::uint32_t width, std::uint32_t height, bool texturesOn);
+
+// Whether the palette and, for uncompressed rows, every row lie inside the file size (the
+// system's conversion is not told where the data ends), and the size is one a pixel array can
+// have: a run-length stream of a few bytes can announce any size. `info` from parseBitmap.
+bool bitmapBitsFit(const BitmapInfo& info);
+
 // Reads and checks the two headers of `data` (`size` bytes, the whole file). Ok fills `info`;
 // it does not check the depth, the compression, the palette or the pixel bits, so that a
 // caller can still report the facts of a bitmap it cannot draw.

@@ -74,7 +74,13 @@ bool Vrml_ReadLine(VrmlReader& r) {
     std::size_t length =
         nul != nullptr ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(nul) - r.text)
                        : raw;
+    if (r.storing && length > r.pools->limits.longestLine) {
+        r.pools->limits.longestLine = length;
+    }
     if (length >= kVrmlLineBufferSize) {
+        if (r.storing) {
+            ++r.pools->limits.linesCut;
+        }
         // Keep the tokens that fit whole: cut at the last separator at or before the limit.
         length = kVrmlLineBufferSize - 1;
         while (length > 0 && !isSeparator(static_cast<char>(r.text[length]))) {
@@ -181,7 +187,10 @@ std::uint16_t readIndex(Token t) {
     return static_cast<std::uint16_t>(negative ? (0x10000 - value) & 0xFFFF : value);
 }
 
-void copyName(char (&to)[kVrmlNameSize], Token from) {
+void copyName(VrmlReader& r, char (&to)[kVrmlNameSize], Token from) {
+    if (r.storing && from.size() >= kVrmlNameSize) {
+        ++r.pools->limits.namesCut;
+    }
     const std::size_t length = from.size() < kVrmlNameSize ? from.size() : kVrmlNameSize - 1;
     if (length > 0) { // an empty token may have no data at all
         std::memcpy(to, from.data(), length);
@@ -299,7 +308,7 @@ void defineNode(VrmlReader& r, Token name) {
         r.outOfMemory = true;
         return;
     }
-    copyName(node->name, name);
+    copyName(r, node->name, name);
     node->depth = r.depth;
     node->parentNode = r.current;
     if (r.current != nullptr) {
@@ -315,7 +324,7 @@ void defineNode(VrmlReader& r, Token name) {
 // texture coordinate lists, but gets a copy of its points of its own.
 void useNode(VrmlReader& r, Token name) {
     char wanted[kVrmlNameSize];
-    copyName(wanted, name);
+    copyName(r, wanted, name);
     const VrmlNode* found = name.empty() ? nullptr : Vrml_FindNode(r.nodes.get(), wanted);
     if (found == nullptr) {
         return;
@@ -396,7 +405,7 @@ bool keyword(VrmlReader& r, Token t) {
     } else if (t == "URL") {
         if (r.depth > 0 && r.textureBlock[r.depth - 1]) {
             const Token quoted = nextToken(r);
-            copyName(node->textureName,
+            copyName(r, node->textureName,
                      quoted.size() >= 2 ? quoted.substr(1, quoted.size() - 2) : Token());
         }
     } else if (t == "USE") {
@@ -445,6 +454,11 @@ void Vrml_ParseToken(VrmlReader& r, Token t) {
         if (r.depth < kVrmlMaxDepth) {
             r.textureBlock[r.depth] = r.textureKeyword;
             ++r.depth;
+            if (r.storing && r.depth > r.pools->limits.deepestLevel) {
+                r.pools->limits.deepestLevel = r.depth;
+            }
+        } else if (r.storing) {
+            ++r.pools->limits.bracesIgnored;
         }
     } else if (t[0] == '}') {
         if (r.depth > 0) {

@@ -59,6 +59,16 @@ struct VrmlNodeListDeleter {
     void operator()(VrmlNode* head) const noexcept;
 };
 
+// Where the storing pass met the reader's fixed limits and cut what it read. The driver reads
+// such a text all the same; a content maker wants to know.
+struct VrmlLimitNotes {
+    std::uint32_t linesCut = 0;      // lines longer than kVrmlLineBufferSize - 1 characters
+    std::size_t longestLine = 0;     // characters of the longest line, CR not counted
+    std::uint32_t namesCut = 0;      // DEF, USE and texture names over kVrmlNameSize - 1
+    std::uint32_t bracesIgnored = 0; // "{" past kVrmlMaxDepth levels
+    std::uint32_t deepestLevel = 0;  // the most braces open at once
+};
+
 // What a reading leaves for the model build: every node of the storing pass, newest first,
 // and the four pools, each zero-filled with room for twice the entries the counting pass met
 // (no pool when it met none). The build may write into the point entries. Moving the reading
@@ -73,6 +83,7 @@ struct VrmlReading {
     std::uint32_t coordIndexPoolEntries = 0;
     std::uint32_t texCoordPoolEntries = 0;
     std::uint32_t texCoordIndexPoolEntries = 0;
+    VrmlLimitNotes limits;
 };
 
 // Nothing in the text itself is an error; only the reader's own memory can fail. For the

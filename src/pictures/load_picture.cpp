@@ -16,8 +16,6 @@ namespace norvgl {
 
 namespace {
 
-// Largest texture side a bitmap may have; larger bitmaps stay pixel arrays.
-constexpr std::uint32_t kMaxBitmapTexture = 256;
 // Mip levels above level 0 that are made when a file brings only level 0.
 constexpr std::int32_t kRgb565GeneratedLevels = 8;
 constexpr std::int32_t kArgb8332GeneratedLevels = 7;
@@ -46,13 +44,6 @@ bool mipmapsWanted() {
     return driver.renderProperties[RPROP_MIPMAPS] != 0;
 }
 
-std::uint32_t floorPowerOfTwo(std::uint32_t value) {
-    std::uint32_t power = 1;
-    while (power <= value / 2)
-        power *= 2;
-    return power;
-}
-
 void uploadRgb(GLint level, std::int32_t width, std::int32_t height, const std::uint8_t* rgb) {
     gl.TexImage2D(GL_TEXTURE_2D, level, GL_RGB, width, height, 0, GL_RGB, GL_UNSIGNED_BYTE, rgb);
 }
@@ -60,21 +51,6 @@ void uploadRgb(GLint level, std::int32_t width, std::int32_t height, const std::
 void uploadRgba(GLint level, std::int32_t width, std::int32_t height, const std::uint8_t* rgba) {
     gl.TexImage2D(GL_TEXTURE_2D, level, kRgbaComponents, width, height, 0, GL_RGBA,
                   GL_UNSIGNED_BYTE, rgba);
-}
-
-// The bitmap's palette and, for uncompressed rows, every row lie inside its file size (the
-// system's conversion is not told where the data ends), and its size is one a pixel array
-// can have: a run-length stream of a few bytes can announce any size.
-bool bitmapBitsFit(const BitmapInfo& info) {
-    if (static_cast<std::uint64_t>(info.width) * info.absHeight > kBitmapMaxPixels)
-        return false;
-    if (info.bitsOffset > info.fileSize)
-        return false;
-    if (info.compression != kBitmapRgb)
-        return true;
-    const std::uint64_t stride =
-        (static_cast<std::uint64_t>(info.width) * info.bitsPerPixel + 31) / 32 * 4;
-    return stride * info.absHeight <= info.fileSize - info.bitsOffset;
 }
 
 // The converted pixels to RGBA in place: blue and red exchanged, pure black transparent.
@@ -212,26 +188,16 @@ int ReadBitmap(const std::uint8_t* data, std::size_t size, std::uint32_t flags,
     record.texture = 0;
     record.width = static_cast<std::uint32_t>(info.width);
     record.height = info.absHeight;
-    const bool textured = driver.properties[PROP_NO_TEXTURES] == 0 &&
-                          record.width <= kMaxBitmapTexture && record.height <= kMaxBitmapTexture;
+    const BitmapPlan plan =
+        planBitmap(record.width, record.height, driver.properties[PROP_NO_TEXTURES] == 0);
+    const bool textured = plan.target != BitmapTarget::PixelArray;
     const bool mipmaps = mipmapsWanted() && (flags & PICTURE_NO_MIPMAPS) == 0;
-
-    std::uint32_t width = record.width;
-    std::uint32_t height = record.height;
-    if (textured) {
+    if (textured)
         CreatePictureTexture(&record.texture, mipmaps);
-        // Bitmap textures are square: equal powers of two stay, otherwise the side is the
-        // power of two above the larger one, which must stay within the largest texture.
-        const std::uint32_t w2 = floorPowerOfTwo(width);
-        const std::uint32_t h2 = floorPowerOfTwo(height);
-        if (w2 == h2) {
-            width = height = w2;
-        } else if (w2 >= kMaxBitmapTexture || h2 >= kMaxBitmapTexture) {
-            return 0; // a texture name without an image
-        } else {
-            width = height = 2 * std::max(w2, h2);
-        }
-    }
+    if (plan.target == BitmapTarget::TextureWithoutImage)
+        return 0;
+    std::uint32_t width = plan.width;
+    std::uint32_t height = plan.height;
     if (!drawable) {
         ReportError(ERR_INVALID_FILE_DATA, kBitmapBitsUnsupported, info.bitsPerPixel);
         return 0;
