@@ -26,6 +26,15 @@
 #define NORVGL_ANY_ARGS
 #endif
 
+/* The version of this header and of the library built with it. GFX_GetProperty
+   (PROP_DRIVER_VERSION) reports NORVGL_VERSION_STRING of the library that is loaded, so a host
+   can tell whether it runs with the library it was compiled against. */
+#define NORVGL_VERSION_MAJOR 8
+#define NORVGL_VERSION_MINOR 29
+#define NORVGL_VERSION_PATCH 0
+#define NORVGL_VERSION_BUILD 1
+#define NORVGL_VERSION_STRING "8.29.00.1"
+
 #ifdef __cplusplus
 extern "C" {
 #endif

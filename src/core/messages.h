@@ -2,12 +2,14 @@
 // Tests compare against these constants.
 #pragma once
 
+#include "norvgl.h"
+
 #include <cstdint>
 
 namespace norvgl {
 
 inline constexpr char kDriverName[] = "Norvash OpenGL Driver";
-inline constexpr char kDriverVersion[] = "8.29.00.1";
+inline constexpr char kDriverVersion[] = NORVGL_VERSION_STRING;
 
 inline constexpr char kLogFileName[] = "debuglog.txt";
 inline constexpr char kBannerStars[] = "***********************************";
