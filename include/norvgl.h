@@ -18,8 +18,8 @@
    prototype. Compilers that announce C23 before accepting "(...)" keep the old form, which
    they still read as taking any arguments. */
 #if defined(__cplusplus) ||                                                                        \
-    (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L &&                                  \
-     (__STDC_VERSION__ >= 202311L || (defined(__clang__) && __clang_major__ >= 18) ||            \
+    (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L &&                                    \
+     (__STDC_VERSION__ >= 202311L || (defined(__clang__) && __clang_major__ >= 18) ||              \
       (!defined(__clang__) && defined(__GNUC__) && __GNUC__ >= 13)))
 #define NORVGL_ANY_ARGS ...
 #else
@@ -210,12 +210,23 @@ NORVGL_API int GFX_LoadMeshIndirect(int type, unsigned int count, const float* p
                                     const float* normals, const float* texCoords,
                                     const unsigned short* indices, unsigned int indexCount,
                                     unsigned int pictureId, unsigned int* id);
-NORVGL_API int GFX_NewObject(unsigned int* id, int type, const EmitterParams* params);
+/* Particle systems (GFX_NewObject type 1, GFX_SetObjectProperty, GFX_DrawParticleSystem).
+   The library writes into the host's block: it consumes count (the block holds 0 afterwards)
+   and sets the low byte of headMarker. A library holds at most 64 systems from its load on;
+   the 65th GFX_NewObject of type 1 returns 1 with ERR_OUT_OF_MEMORY, and a null id pointer or
+   a count above 65535 returns 1 with ERR_INVALID_PARAMETER: in each case no id is taken and
+   neither the block nor the host's id is written. No system ever has id 0: both
+   GFX_SetObjectProperty and GFX_DrawParticleSystem treat it as an id no system has, which
+   they ignore (result 0). Rebuilding a system frees the records it no longer uses. A particle
+   whose random tumbling axis comes out as zero tumbles about the vertical axis. GFX_UnloadAll
+   keeps every particle system with its id, and no later object is given an id a particle
+   system holds. */
+NORVGL_API int GFX_NewObject(unsigned int* id, int type, EmitterParams* params);
 NORVGL_API int GFX_EndObject(void);
 NORVGL_API int GFX_DrawObject(unsigned int id, float x, float y, float z);
 NORVGL_API int GFX_DrawObjectEx(unsigned int id, float x, float y, float z, int type,
                                 unsigned int mask, const void* values);
-NORVGL_API int GFX_SetObjectProperty(unsigned int id, const EmitterParams* params);
+NORVGL_API int GFX_SetObjectProperty(unsigned int id, EmitterParams* params);
 NORVGL_API int GFX_DrawParticleSystem(unsigned int id, float x, float y, float z);
 
 /* Entries kept for hosts written against older tables: always 0 ... */

@@ -73,5 +73,12 @@ inline constexpr char kNullIndices[] = "index pointer is NULL for %u indices";
 inline constexpr char kIndexCountTooLarge[] = "index count %u is above 65535";
 inline constexpr char kIndexOutOfRange[] =
     "index %u at position %u is not below the vertex count %u";
+inline constexpr char kNullObjectId[] = "object id pointer is NULL";
+inline constexpr char kParticleCountTooLarge[] = "particle count %u is above %u";
+
+// Particle systems (detail texts of ERR_OUT_OF_MEMORY).
+inline constexpr char kEmitterTableFull[] = "all %u particle system slots are taken";
+inline constexpr char kParticleRecordRefused[] =
+    "particle record %u of system %u could not be allocated";
 
 } // namespace norvgl

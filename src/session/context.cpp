@@ -16,7 +16,9 @@ void attachLibrary() {
     session = SessionState{};
     Manager3D_Reset();
     Pictures_Reset();
+    Particle_Reset();
     Manager3D_SetParticlePass(Particle_DrawAll);
+    SetObjectIdHeldCheck(Particle_HoldsId);
 }
 
 int initContext() {
