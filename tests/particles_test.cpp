@@ -8,9 +8,10 @@
 
 #include <GL/gl.h>
 
+#include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <cstring>
+#include <initializer_list>
 #include <map>
 #include <vector>
 
@@ -30,18 +31,14 @@ struct Generator {
     float between(float lo, float hi) { return (hi - lo) * float(next() % 100) * 0.01f + lo; }
 };
 
-EmitterParams block(std::uint32_t count, std::uint32_t flags) {
-    EmitterParams p = {};
-    p.count = count;
-    p.flags = flags;
-    p.headMarker = 0xABCDEF77u;
-    const float lo[4] = {0.1f, 0.2f, 0.3f, 0.25f}, hi[4] = {0.9f, 0.8f, 0.7f, 1.0f};
-    std::memcpy(p.colorMin, lo, sizeof lo);
-    std::memcpy(p.colorMax, hi, sizeof hi);
-    p.sizeMin = 1, p.sizeMax = 5, p.ageStepMin = 0.01f, p.ageStepMax = 0.05f;
-    p.azimuthMin = -3, p.azimuthMax = 3, p.elevationMin = 0.2f, p.elevationMax = 1.4f;
-    p.speedMin = 0.5f, p.speedMax = 2;
-    return p;
+EmitterParams block(std::uint32_t count, std::uint32_t flags, float speed = 2) {
+    // clang-format off
+    return {count, flags, 0xABCDEF77u, {0.1f, 0.2f, 0.3f, 0.25f}, {0.9f, 0.8f, 0.7f, 1},
+            1, 5,              // size
+            0.01f, 0.05f,      // age step
+            -3, 3, 0.2f, 1.4f, // azimuth, elevation
+            speed / 4, speed, 0};
+    // clang-format on
 }
 
 std::vector<ParticleRecord*> chain(std::uint32_t id) {
@@ -61,8 +58,7 @@ using ParticleTest = nvtest::DriverTest;
 
 TEST_F(ParticleTest, StartValuesFollowTheGeneratorInItsOrder) {
     Generator g;
-    for (std::uint32_t flags : {0u, unsigned(PF_FIRE), unsigned(PF_SMOKE),
-                                unsigned(PF_FIRE | PF_SMOKE), unsigned(PF_NO_GRAVITY)}) {
+    for (std::uint32_t flags : {0, PF_FIRE, PF_SMOKE, PF_FIRE | PF_SMOKE, PF_NO_GRAVITY}) {
         const EmitterParams p = block(2, flags);
         for (const ParticleRecord* r : chain(create(p))) {
             SCOPED_TRACE(flags);
@@ -94,55 +90,43 @@ TEST_F(ParticleTest, StartValuesFollowTheGeneratorInItsOrder) {
             g.next(); // the opacity's draw, never read
             EXPECT_EQ(std::memcmp(r->color, color, sizeof color), 0);
             EXPECT_EQ(r->acceleration[1], lift);
-            EXPECT_EQ(r->age, 0.0f);
         }
     }
 }
 
 TEST_F(ParticleTest, BlockCountBuildsTheChainAndIsConsumed) {
-    struct Case {
-        std::uint32_t count;
-        std::size_t records;
-        std::uint32_t marker;
-    };
-    for (const Case& c : {Case{3, 4, 0xABCDEF00u}, Case{0, 1, 0xABCDEF01u}}) {
-        EmitterParams p = block(c.count, 0);
+    for (std::uint32_t count : {3u, 0u}) {
+        EmitterParams p = block(count, 0);
         std::uint32_t id = 0;
         ASSERT_EQ(Particle_NewObject(&id, &p), 0);
-        EXPECT_EQ(chain(id).size(), c.records);
+        EXPECT_EQ(chain(id).size(), count + 1);
         EXPECT_EQ(p.count, 0u);
-        EXPECT_EQ(p.headMarker, c.marker);
+        EXPECT_EQ(p.headMarker, count ? 0xABCDEF00u : 0xABCDEF01u);
     }
-    // A rebuild with count 1 replaces the three records after the head by one.
-    const std::uint32_t id = create(block(3, 0));
+    // Rebuilding system 1 with count 1 replaces the three records after its head by one.
     EmitterParams again = block(1, 0);
-    EXPECT_EQ(Particle_SetObjectProperty(id, &again), 0);
-    EXPECT_EQ(chain(id).size(), 2u);
+    EXPECT_EQ(Particle_SetObjectProperty(1, &again), 0);
+    EXPECT_EQ(chain(1).size(), 2u);
 }
 
 TEST_F(ParticleTest, StaggeredRecordsWaitOrDieAtTheirFirstStep) {
-    const std::uint32_t looping = create(block(3, PF_STAGGER | PF_LOOP | PF_NO_GRAVITY));
-    const std::uint32_t once = create(block(3, PF_STAGGER | PF_NO_GRAVITY));
-    std::vector<float> delays;
-    for (ParticleRecord* r : chain(looping))
-        delays.push_back(r->delay);
-    EXPECT_EQ(delays, (std::vector<float>{3, 2, 1, 0}));
-    ParticleRecord& head = *Particle_Find(looping);
-    for (int step = 1; step <= 3; ++step) {
-        Particle_Update(head);
-        EXPECT_EQ(head.age, 0.0f) << step;
+    const auto looping = chain(create(block(3, PF_STAGGER | PF_LOOP)));
+    const auto once = chain(create(block(3, PF_STAGGER)));
+    for (int step = 1; step <= 4; ++step) {
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_EQ(looping[i]->delay, float(std::max(3 - int(i) - step + 1, 0)));
+            Particle_Update(*looping[i]);
+            // Record i waits 3 - i steps and moves from the next one on.
+            EXPECT_EQ(looping[i]->age > 0, step > 3 - int(i)) << i << " at step " << step;
+            if (step == 1)
+                Particle_Update(*once[i]);
+            EXPECT_EQ(once[i]->age, i < 3 ? kDeadAge : once[i]->ageStep);
+        }
     }
-    Particle_Update(head);
-    EXPECT_EQ(head.age, head.ageStep);
-    const auto records = chain(once);
-    for (ParticleRecord* r : records)
-        Particle_Update(*r);
-    for (std::size_t i = 0; i < records.size(); ++i)
-        EXPECT_EQ(records[i]->age, i + 1 < records.size() ? kDeadAge : records[i]->ageStep);
 }
 
 TEST_F(ParticleTest, AgeStepOfATenthEndsALifeAfterTenSteps) {
-    for (std::uint32_t flags : {0u, unsigned(PF_LOOP)}) {
+    for (std::uint32_t flags : {0, PF_LOOP}) {
         EmitterParams p = block(0, flags);
         p.ageStepMin = p.ageStepMax = 0.1f;
         ParticleRecord& r = *Particle_Find(create(p));
@@ -158,69 +142,56 @@ TEST_F(ParticleTest, AgeStepOfATenthEndsALifeAfterTenSteps) {
 }
 
 TEST_F(ParticleTest, SetFlagsBlockChangesOnlyTheFlags) {
-    const std::uint32_t id = create(block(2, PF_LOOP));
-    std::vector<ParticleRecord> before(chain(id).size());
-    for (std::size_t i = 0; i < before.size(); ++i)
-        std::memcpy(&before[i], chain(id)[i], sizeof before[i]); // padding included
+    const auto records = chain(create(block(2, PF_LOOP)));
+    std::vector<ParticleRecord> before(records.size());
+    for (std::size_t i = 0; i < records.size(); ++i)
+        std::memcpy(&before[i], records[i], sizeof before[i]); // padding included
     const std::uint32_t randState = particles.randState;
     EmitterParams flagsOnly = block(7, PF_SET_FLAGS | PF_FIRE);
-    EXPECT_EQ(Particle_SetObjectProperty(id, &flagsOnly), 0);
+    EXPECT_EQ(Particle_SetObjectProperty(records[0]->id, &flagsOnly), 0);
     EXPECT_EQ(flagsOnly.count, 7u);
     EXPECT_EQ(particles.randState, randState);
-    const auto after = chain(id);
-    ASSERT_EQ(after.size(), before.size());
-    for (std::size_t i = 0; i < after.size(); ++i) {
-        EXPECT_EQ(after[i]->params.flags, unsigned(PF_SET_FLAGS | PF_FIRE));
-        before[i].params.flags = after[i]->params.flags;
-        EXPECT_EQ(std::memcmp(&before[i], after[i], sizeof before[i]), 0) << i;
+    EXPECT_EQ(chain(records[0]->id), records);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        before[i].params.flags = PF_SET_FLAGS | PF_FIRE;
+        EXPECT_EQ(std::memcmp(&before[i], records[i], sizeof before[i]), 0) << i;
     }
 }
 
-TEST_F(ParticleTest, RefusedRequestsTakeNothingAndSayWhy) {
+TEST_F(ParticleTest, RefusalsTakeNothingAndIdsOutliveUnloadAll) {
     EmitterParams huge = block(kMaxParticleCount + 1, 0);
     std::uint32_t id = 77;
     EXPECT_EQ(Particle_NewObject(&id, &huge), 1);
     EXPECT_EQ(driver.lastError, ERR_INVALID_PARAMETER);
     EXPECT_EQ(Particle_NewObject(nullptr, nullptr), 1);
-    EXPECT_EQ(particles.emitterCount, 0u);
-    for (std::uint32_t i = 1; i <= kEmitterSlots; ++i)
+    EXPECT_EQ(create(block(0, 0)), 1u);
+    GFX_UnloadAll(); // restarts the id count, which then passes over the system's id
+    for (std::uint32_t i = 2; i <= kEmitterSlots; ++i)
         EXPECT_EQ(create(block(0, 0)), i);
+    EXPECT_EQ(Particle_Find(1), &particles.table[0]);
     EmitterParams last = block(1, 0);
     EXPECT_EQ(Particle_NewObject(&id, &last), 1);
     EXPECT_EQ(driver.lastError, ERR_OUT_OF_MEMORY);
+    EXPECT_NE(log().find("all 64 particle system slots are taken"), std::string::npos);
     EXPECT_EQ(id, 77u);
     EXPECT_EQ(last.headMarker, 0xABCDEF77u);
-    EXPECT_EQ(last.count, 1u);
-    EXPECT_NE(log().find("all 64 particle system slots are taken"), std::string::npos);
     // Id 0 names no system, though free slots hold it.
     EXPECT_EQ(Particle_SetObjectProperty(0, &last), 0);
     EXPECT_EQ(last.count, 1u);
 }
 
-TEST_F(ParticleTest, SystemsKeepTheirIdsThroughUnloadAll) {
-    const std::uint32_t first = create(block(0, 0));
-    GFX_UnloadAll();
-    const std::uint32_t second = create(block(0, 0));
-    EXPECT_EQ(first, 1u);
-    EXPECT_EQ(second, 2u);
-    EXPECT_EQ(Particle_Find(first), &particles.table[0]);
-}
-
 TEST_F(ParticleTest, AllZeroAxisTumblesAboutTheVerticalAxis) {
-    // The generator's state six draws before three draws in a row that each make a 0
-    // component: the fifth to seventh draws of a spawn are its axis.
+    // Start six draws before three in a row that each make a 0 component: a spawn's fifth
+    // to seventh draws are its axis.
     Generator g;
-    std::uint32_t before[8];
-    std::uint32_t n = 0;
+    std::uint32_t before[8], n = 0;
     for (int run = 0; run < 3 || n < 7; ++n) {
         before[n % 8] = g.state;
         run = g.next() % 200 == 100 ? run + 1 : 0;
     }
     particles.randState = before[(n - 7) % 8];
-    const ParticleRecord& r = *Particle_Find(create(block(0, 0)));
-    EXPECT_EQ(r.axis[0], 0.0f);
-    EXPECT_EQ(r.axis[1], 1.0f);
-    EXPECT_EQ(r.axis[2], 0.0f);
+    const float* axis = Particle_Find(create(block(0, 0)))->axis;
+    EXPECT_EQ(std::vector<float>(axis, axis + 3), (std::vector<float>{0, 1, 0}));
 }
 
 // --- The end-of-frame pass ----------------------------------------------------------------
@@ -236,11 +207,10 @@ protected:
         particles.clock = fixedClock;
     }
     // A system that never moves: speed 0, no gravity.
-    static std::uint32_t still(std::uint32_t count, std::uint32_t flags, float ageStep = 0) {
-        EmitterParams p = block(count, flags | PF_NO_GRAVITY);
-        p.speedMin = p.speedMax = 0;
+    static EmitterParams still(std::uint32_t count, std::uint32_t flags, float ageStep = 0) {
+        EmitterParams p = block(count, flags | PF_NO_GRAVITY, 0);
         p.ageStepMin = p.ageStepMax = ageStep;
-        return create(p);
+        return p;
     }
     static void frame(std::initializer_list<std::uint32_t> ids) {
         GFX_BeginRender();
@@ -258,7 +228,7 @@ TEST_F(ParticleDrawTest, BufferFlushesWhenFull) {
     };
     for (const Case& c :
          {Case{0, GL_QUADS, {800, 200}}, Case{PF_SHARDS, GL_TRIANGLES, {702, 48}}}) {
-        const std::uint32_t id = still(249, c.flags);
+        const std::uint32_t id = create(still(249, c.flags));
         GlRecorder rec;
         frame({id});
         std::vector<double> counts;
@@ -276,7 +246,7 @@ TEST_F(ParticleDrawTest, BufferFlushesWhenFull) {
 }
 
 TEST_F(ParticleDrawTest, UnknownIdDrawsNothingAndLeavesLightingAlone) {
-    still(0, 0);
+    create(still(0, 0));
     GlRecorder rec;
     frame({0, 99});
     EXPECT_EQ(rec.count(GlCall::ColorPointer), 0u);
@@ -287,7 +257,7 @@ TEST_F(ParticleDrawTest, UnknownIdDrawsNothingAndLeavesLightingAlone) {
 }
 
 TEST_F(ParticleDrawTest, ShardsAreDrawnPlainAndBlendingAndTexturingComeBack) {
-    const std::uint32_t shards = still(2, PF_SHARDS), quads = still(2, 0);
+    const std::uint32_t shards = create(still(2, PF_SHARDS)), quads = create(still(2, 0));
     GlRecorder rec;
     frame({quads, shards});
     // The state each draw saw, replayed through the frame.
@@ -314,8 +284,8 @@ TEST_F(ParticleDrawTest, QuadShrinksWithAgeAndFacesTheCamera) {
     };
     const float half = 3.14159265f / 2;
     for (const Case& c : {Case{0, {1, 0, 0}, {0, 1, 0}}, Case{half, {0, 0, 1}, {0, 1, 0}}}) {
-        EmitterParams p = block(0, PF_NO_GRAVITY);
-        p.speedMin = p.speedMax = 0, p.sizeMin = p.sizeMax = 4, p.ageStepMin = p.ageStepMax = 0.5f;
+        EmitterParams p = still(0, 0, 0.5f);
+        p.sizeMin = p.sizeMax = 4;
         const std::uint32_t id = create(p);
         for (int drawn = 0; drawn < 2; ++drawn) {
             GFX_BeginRender();
