@@ -7,12 +7,12 @@
 //    GFX_EndRender, against Frame/NaiveHost: the same triangles drawn the same way by a host that
 //    sets every state before every draw with plain GL 1.1 calls. Both report their GL state
 //    calls per frame (counted once through the recording table, outside the timed loop).
+#include "bench_session.h"
 #include "core/core.h"
 #include "manager3d/limits.h"
 #include "manager3d/manager3d.h"
 #include "platform/gl_table.h"
 #include "support/gl_recorder.h"
-#include "scenario/host_window.h"
 
 #include <benchmark/benchmark.h>
 
@@ -34,24 +34,7 @@ struct Vertex {
     float x, y, z, nx, ny, nz, u, v;
 };
 
-// A driver attached to its own 640 x 480 window for the whole run.
-struct Session {
-    std::unique_ptr<scenario::HostWindow> window;
-    Session() {
-        window = std::make_unique<scenario::HostWindow>(640, 480);
-        GFX_SetProperty(PROP_WINDOW, window->handle());
-        if (GFX_Init() != 0) {
-            std::fprintf(stderr, "bench: GFX_Init failed on the X display\n");
-            std::exit(1);
-        }
-    }
-    ~Session() { GFX_Destroy(); }
-};
-
-Session& session() {
-    static Session s;
-    return s;
-}
+using nvbench::session;
 
 // Six-vertex triangle lists, as many as fit in the vertex heap.
 constexpr std::uint32_t kPolygonVertices = 6;
