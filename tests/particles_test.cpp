@@ -130,7 +130,11 @@ TEST_F(ParticleTest, AgeStepOfATenthEndsALifeAfterTenSteps) {
         EmitterParams p = block(0, flags);
         p.ageStepMin = p.ageStepMax = 0.1f;
         ParticleRecord& r = *Particle_Find(create(p));
-        for (int step = 0; step < 9; ++step)
+        const float v[3] = {r.velocity[0], r.velocity[1] - 0.01f, r.velocity[2]};
+        Particle_Update(r); // gravity first, then the move; z runs the other way
+        EXPECT_EQ(std::vector<float>(r.position, r.position + 3),
+                  (std::vector<float>{v[0], v[1], -v[2]}));
+        for (int step = 1; step < 9; ++step)
             Particle_Update(r);
         EXPECT_LT(r.age, 1.0f);
         EXPECT_GT(r.position[1], 0.0f);
