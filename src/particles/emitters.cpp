@@ -203,8 +203,7 @@ void Particle_Update(ParticleRecord& record) {
     }
 }
 
-std::int32_t Particle_StepCount(ParticleRecord& record) {
-    const double now = particles.clock();
+std::int32_t Particle_StepCount(ParticleRecord& record, double now) {
     if (record.lastTime == 0.0f)
         record.lastTime = static_cast<float>(now);
     // One step per whole hundredth of a second since the last count, and one more.

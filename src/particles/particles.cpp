@@ -39,9 +39,10 @@ void putVertex(const float* at, const float* rgba, float s, float t) {
     v[8] = t;
 }
 
-// Draws one record as it is, then runs the steps it owes. `m` is the system's modelview:
-// its first two rows are the view's right and up axes in model coordinates.
-void drawRecord(ParticleRecord& r, bool shards, const float* m) {
+// Draws one record as it is, then runs the steps it owes at `now`. `m` is the system's
+// modelview: its first two rows are the view's right and up axes in model coordinates.
+void drawRecord(ParticleRecord& r, bool shards, const float* m, double now) {
+    const std::int32_t steps = Particle_StepCount(r, now);
     const float s = (1.0f - r.age) * r.size; // shrinks to nothing over the particle's life
     const float h = s * 0.5f;
     // Offset along the model axes, not the quad's edges.
@@ -83,17 +84,17 @@ void drawRecord(ParticleRecord& r, bool shards, const float* m) {
             }
         }
     }
-    for (std::int32_t step = 0; step < r.owedSteps; ++step)
+    for (std::int32_t step = 0; step < steps; ++step)
         Particle_Update(r);
 }
 
 // Draws a chain from its last record back to its head, each record after those behind it,
 // without recursion: the links are turned around on the way out and restored on the way
-// back. Every record's steps are counted head first, before any is drawn.
+// back. One clock reading serves the whole chain.
 void drawChain(ParticleRecord* head, bool shards, const float* m) {
+    const double now = particles.clock();
     ParticleRecord* reversed = nullptr;
     for (ParticleRecord* r = head; r;) {
-        r->owedSteps = Particle_StepCount(*r);
         ParticleRecord* const next = r->next;
         r->next = reversed;
         reversed = r;
@@ -104,7 +105,7 @@ void drawChain(ParticleRecord* head, bool shards, const float* m) {
         ParticleRecord* const before = r->next;
         r->next = restored;
         restored = r;
-        drawRecord(*r, shards, m);
+        drawRecord(*r, shards, m, now);
         r = before;
     }
 }

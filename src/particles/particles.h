@@ -38,8 +38,6 @@ struct ParticleRecord {
     float lastTime;             // seconds of the previous step count; 0 before the first
     std::int32_t drawRequested; // head only
     ParticleRecord* next;
-    // Steps counted for this draw, held while the chain is drawn from its last record back.
-    std::int32_t owedSteps;
 };
 
 struct ParticleState {
@@ -82,8 +80,9 @@ ParticleRecord* Particle_Create(EmitterParams* params, std::uint32_t id, Particl
 void Particle_Spawn(ParticleRecord& record);
 // One simulation step.
 void Particle_Update(ParticleRecord& record);
-// Steps the record owes since its previous count, on `particles.clock`.
-std::int32_t Particle_StepCount(ParticleRecord& record);
+// Steps the record owes at `now` (seconds on `particles.clock`) since its previous count. The
+// pass reads the clock once per system and counts every record of it at that time.
+std::int32_t Particle_StepCount(ParticleRecord& record, double now);
 // The head of the system `id`; null for 0 and for ids no system has.
 ParticleRecord* Particle_Find(std::uint32_t id);
 // Whether a particle system holds `id`, so that no other object is given it.
