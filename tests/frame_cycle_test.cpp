@@ -80,16 +80,6 @@ TEST_F(FrameCycleTest, PropertiesSetOutsideTheFrameDoNotReachIt) {
     EXPECT_EQ(m3d.currentNode->cullMode, CULL_OFF);
     EXPECT_EQ(m3d.currentNode->blendMode, BLEND_OFF);
     GFX_EndRender();
-
-    // With rendering disabled the values are only stored.
-    GFX_BeginRender();
-    GFX_SetProperty(PROP_ENABLED, 0);
-    GFX_SetRenderProperty(RPROP_CULLING, 1);
-    GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
-    EXPECT_EQ(m3d.currentNode, &m3d.stateHeap[4]);
-    EXPECT_EQ(GFX_GetRenderProperty(RPROP_DEPTH_TEST), 0);
-    GFX_SetProperty(PROP_ENABLED, 1);
-    GFX_EndRender();
 }
 
 TEST_F(FrameCycleTest, ClearPropertyClearsBothBuffersEvenWhenDisabledAndFrameStartOnlyColour) {

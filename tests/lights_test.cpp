@@ -51,12 +51,24 @@ TEST_F(LightsTest, AddLightNegatesYAndZAndSetLightPositionOnlyZKeepingW) {
     EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
 }
 
-TEST_F(LightsTest, TypeAboveTwoIsRefusedBeforeAnyGlCall) {
-    GlRecorder rec;
-    EXPECT_EQ(GFX_AddLight(1, 3, 0, 0, 0), 1);
-    EXPECT_TRUE(rec.calls().empty());
-    EXPECT_EQ(GFX_AddLight(1, -4, 0, 0, 0), 0); // signed test: positional
-    EXPECT_EQ(light(1, GL_POSITION)[3], 1.0f);
+// Types up to 2 are lights (1 directional, any other positional, the test being signed); a
+// type above 2 is refused before any GL call.
+TEST_F(LightsTest, TypesUpToTwoAreAcceptedAndHigherOnesRefusedBeforeAnyGlCall) {
+    struct Case {
+        int type;
+        int result;
+        float w; // the position's w after the call; -1 when nothing may reach GL
+    };
+    for (const Case c :
+         {Case{3, 1, -1}, Case{2, 0, 1}, Case{1, 0, 0}, Case{0, 0, 1}, Case{-4, 0, 1}}) {
+        GFX_RemoveLight(1);
+        glLightfv(GL_LIGHT1, GL_POSITION, std::array<float, 4>{0, 0, 1, -1}.data());
+        GlRecorder rec;
+        EXPECT_EQ(GFX_AddLight(1, c.type, 0, 0, 0), c.result) << c.type;
+        EXPECT_EQ(light(1, GL_POSITION)[3], c.w) << c.type;
+        EXPECT_EQ(rec.calls().empty(), c.result == 1) << c.type;
+        EXPECT_EQ(glIsEnabled(GL_LIGHT1) == GL_TRUE, c.result == 0) << c.type;
+    }
     EXPECT_EQ(driver.lastError, ERR_NONE);
 }
 

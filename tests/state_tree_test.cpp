@@ -1,6 +1,5 @@
 // Render-state tree: node selection, creation, sharing and the limits of the state heap.
 #include "core/core.h"
-#include "core/messages.h"
 #include "manager3d/manager3d.h"
 #include "support/driver_fixture.h"
 
@@ -114,7 +113,7 @@ TEST_F(StateTreeTest, FullStateHeapLogsAndKeepsTheCurrentNode) {
         request(STATE_TEXTURE, t);
     EXPECT_EQ(m3d.stateCursor, kStateHeapNodes);
     StateNode* last = m3d.currentNode;
-    EXPECT_EQ(log().find(kStateHeapExhausted), std::string::npos);
+    EXPECT_EQ(log().find("Manager3D Error: state heap exhausted"), std::string::npos);
 
     request(STATE_TEXTURE, 5000);
     EXPECT_EQ(m3d.currentNode, last);
@@ -122,7 +121,7 @@ TEST_F(StateTreeTest, FullStateHeapLogsAndKeepsTheCurrentNode) {
     EXPECT_EQ(m3d.currentNode, last);
     EXPECT_EQ(last->nextSibling, nullptr);
     EXPECT_EQ(m3d.stateCursor, kStateHeapNodes);
-    EXPECT_NE(log().find(std::string(kStateHeapExhausted) + "\r\n"), std::string::npos);
+    EXPECT_NE(log().find("Manager3D Error: state heap exhausted\r\n"), std::string::npos);
     request(STATE_TEXTURE, 2); // existing nodes are still found
     EXPECT_EQ(m3d.currentNode->texture, 2);
 }
@@ -182,7 +181,7 @@ TEST_F(StateTreeTest, SavedNodesAreBoundedAndPairedWithPops) {
         request(STATE_TEXTURE, static_cast<std::uint32_t>(i + 1));
     }
     EXPECT_EQ(m3d.savedCount, kSavedNodeDepth);
-    EXPECT_NE(log().find(kSavedNodesExhausted), std::string::npos);
+    EXPECT_NE(log().find("Manager3D Error: saved-node stack exhausted"), std::string::npos);
     for (int i = 0; i < 6; ++i)
         Manager3D_PopState();
     EXPECT_EQ(m3d.currentNode, base);

@@ -362,6 +362,8 @@ TEST(VrmlReader, BuffersAreBounded) {
     // 1023 characters are read whole; a longer line loses the token at the cut.
     EXPECT_EQ(names(readOk(crlf({std::string(1017, ' ') + "DEF AB"}))),
               std::vector<std::string>{"AB"});
+    EXPECT_EQ(names(readOk(crlf({std::string(1018, ' ') + "DEF AB"}))),
+              std::vector<std::string>{""});
     EXPECT_EQ(names(readOk(crlf({std::string(1018, ' ') + "DEF ABC", "DEF NEXT"}))),
               (std::vector<std::string>{"NEXT", ""}));
     // Braces beyond the depth limit or below depth 0 are ignored.

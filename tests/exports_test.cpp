@@ -1,0 +1,160 @@
+// The master switch across the export table: with PROP_ENABLED at 0 every guarded entry
+// returns 0 at once, with no GL call, nothing queued and no error, and the entries that are
+// not guarded still act.
+#include "core/core.h"
+#include "manager3d/manager3d.h"
+#include "picture_assets.h"
+#include "pictures/pictures.h"
+#include "support/driver_fixture.h"
+#include "support/gl_recorder.h"
+#include "support/scene.h"
+
+#include <GL/gl.h>
+
+#include <cstring>
+#include <functional>
+
+using namespace norvgl;
+using nvtest::GlRecorder;
+
+namespace {
+
+// Everything a guarded entry could change that the host or the next flush would see.
+struct Snapshot {
+    std::uint32_t positions, normals, texCoords, batches, nodes;
+    const StateNode* current;
+    std::uint32_t matrix, nextMatrix, projection, screenSpace, saved;
+    bool locked;
+    std::int32_t typeOverride;
+    std::int32_t lastError;
+    std::int32_t renderProperties[kRenderPropertyCount];
+    bool operator==(const Snapshot&) const = default;
+};
+
+Snapshot snapshot() {
+    Snapshot s{m3d.positionCursor,   m3d.normalCursor, m3d.texCoordCursor,
+               m3d.batchCursor,      m3d.stateCursor,  m3d.currentNode,
+               m3d.currentMatrix,    m3d.nextMatrix,   m3d.projectionIndex,
+               m3d.screenSpaceDepth, m3d.savedCount,   m3d.stateLocked,
+               m3d.typeOverride,     driver.lastError, {}};
+    std::memcpy(s.renderProperties, driver.renderProperties, sizeof s.renderProperties);
+    return s;
+}
+
+class ExportsTest : public nvtest::InFrameTest {
+protected:
+    void SetUp() override {
+        InFrameTest::SetUp();
+        const auto bitmap = assets::writeColorBitmap({2, 2, {1, 2, 3, 4}}, 24);
+        ASSERT_EQ(GFX_LoadPicture("p.bmp", bitmap.data(), 0, &picture, 0), 0);
+        ASSERT_EQ(GFX_SetFontBitmap(picture), 0);
+        GFX_SetFontSize(0.1f, 0.1f);
+    }
+    unsigned int picture = 0;
+};
+
+struct Guarded {
+    const char* name;
+    std::function<int()> call;
+    std::function<void()> prepare; // run while enabled, so the call has something to undo
+};
+
+TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
+    static const auto square = nvtest::square(0, 0, 10, 1);
+    const float* v = nvtest::floats(square);
+    static const std::uint16_t indices[3] = {0, 1, 2};
+    const std::uint32_t blend = BLEND_ALPHA;
+    const unsigned int id = picture;
+    const Guarded rows[] = {
+        {"GFX_BeginRender", [] { return GFX_BeginRender(); }, {}},
+        {"GFX_EndRender", [] { return GFX_EndRender(); }, {}},
+        {"GFX_SetClearColor", [] { return GFX_SetClearColor(1, 0, 0, 1); }, {}},
+        {"GFX_LockRenderState", [&] { return GFX_LockRenderState(STATE_BLEND, &blend); }, {}},
+        {"GFX_UnlockRenderState", [] { return GFX_UnlockRenderState(), 0; },
+         [] { GFX_LockRenderState(0, nullptr); }},
+        {"GFX_LockRenderMesh", [] { return GFX_LockRenderMesh(PRIM_POINTS), 0; }, {}},
+        {"GFX_UnlockRenderMesh", [] { return GFX_UnlockRenderMesh(), 0; },
+         [] { GFX_LockRenderMesh(PRIM_LINES); }},
+        {"GFX_Translate", [] { return GFX_Translate(1, 2, 3), 0; }, {}},
+        {"GFX_Rotate", [] { return GFX_Rotate(1, 0, 1, 0), 0; }, {}},
+        {"GFX_Scale", [] { return GFX_Scale(2, 2, 2), 0; }, {}},
+        {"GFX_Look", [] { return GFX_Look(0, 0, 0, 1, 0, 0, 0, 0, 0), 0; }, {}},
+        {"GFX_Untransform", [] { return GFX_Untransform(1); }, [] { GFX_Translate(1, 0, 0); }},
+        {"GFX_DrawPolygon", [=] { return GFX_DrawPolygon(PRIM_TRIANGLES, 6, v); }, {}},
+        {"GFX_DrawIndexedPolygon",
+         [=] { return GFX_DrawIndexedPolygon(PRIM_TRIANGLES, 6, v, 3, indices); },
+         {}},
+        {"GFX_SetMaterialColorEx",
+         [] { return GFX_SetMaterialColorEx(1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1); },
+         {}},
+        {"GFX_SetMaterialColor",
+         [] { return GFX_SetMaterialColor(0, 1, 0, 0, 1, 0, 0, 0, 0); },
+         {}},
+        {"GFX_DrawPicture", [=] { return GFX_DrawPicture(id, 0, 0, 10, 10); }, {}},
+        {"GFX_DrawPictureByProportion",
+         [=] { return GFX_DrawPictureByProportion(id, 0, 0, 0.5f, 0.5f); },
+         {}},
+        {"GFX_SelectTexture", [=] { return GFX_SelectTexture(id); }, {}},
+        {"GFX_BeginText", [] { return GFX_BeginText(); }, {}},
+        {"GFX_EndText", [] { return GFX_EndText(); }, [] { GFX_BeginText(); }},
+        {"GFX_PrintByProportion", [] { return GFX_PrintByProportion(0, 0, "AB"); }, {}},
+    };
+    for (const Guarded& row : rows) {
+        if (row.prepare)
+            row.prepare();
+        ReportError(ERR_UNKNOWN, nullptr);
+        const Snapshot before = snapshot();
+        GFX_SetProperty(PROP_ENABLED, 0);
+        GlRecorder rec;
+        EXPECT_EQ(row.call(), 0) << row.name;
+        GFX_SetProperty(PROP_ENABLED, 1);
+        EXPECT_TRUE(rec.calls().empty()) << row.name << " made " << rec.calls()[0].text();
+        EXPECT_TRUE(snapshot() == before) << row.name << " changed the queue or the last error";
+    }
+}
+
+// Guarded in part: the billboard's two blend requests always reach the queue, its vertices
+// only while enabled; a render property is always stored but requests no state.
+TEST_F(ExportsTest, PartlyGuardedEntriesKeepOnlyTheirUnguardedPart) {
+    const float position[3] = {0, 0, 10};
+    GFX_SetProperty(PROP_ENABLED, 0);
+    const Snapshot before = snapshot();
+    EXPECT_EQ(GFX_DrawBillboard(position, 2), 0);
+    EXPECT_EQ(m3d.positionCursor, before.positions);
+    EXPECT_EQ(m3d.batchCursor, before.batches);
+    EXPECT_GT(m3d.stateCursor, before.nodes);
+    EXPECT_EQ(m3d.currentNode->blendMode, BLEND_OFF);
+
+    const StateNode* node = m3d.currentNode;
+    EXPECT_EQ(GFX_SetRenderProperty(RPROP_ALPHA_BLEND, 1), 0);
+    EXPECT_EQ(GFX_GetRenderProperty(RPROP_ALPHA_BLEND), 1);
+    EXPECT_EQ(m3d.currentNode, node);
+    GFX_SetProperty(PROP_ENABLED, 1);
+}
+
+// Lights, fonts, loading and the property calls are not guarded.
+TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
+    GFX_SetProperty(PROP_ENABLED, 0);
+    EXPECT_EQ(GFX_AddLight(3, 0, 0, 0, 0), 0);
+    EXPECT_TRUE(glIsEnabled(GL_LIGHT3));
+    EXPECT_EQ(GFX_SetLightColor(3, 0.5f, 0, 0, 0, 0, 0, 0, 0, 0), 0);
+    float ambient[4] = {};
+    glGetLightfv(GL_LIGHT3, GL_AMBIENT, ambient);
+    EXPECT_EQ(ambient[0], 0.5f);
+    EXPECT_EQ(GFX_RemoveLight(3), 0);
+    EXPECT_FALSE(glIsEnabled(GL_LIGHT3));
+    EXPECT_EQ(GFX_SetFontSize(0.25f, 0.5f), 0);
+    EXPECT_EQ(font.fontHeight, 0.5f);
+    const auto bitmap = assets::writeColorBitmap({4, 2, std::vector<std::uint32_t>(8, 7)}, 24);
+    unsigned int id = 0;
+    EXPECT_EQ(GFX_LoadPicture("q.bmp", bitmap.data(), 0, &id, 0), 0);
+    unsigned int width = 0;
+    EXPECT_EQ(GFX_GetPictureDimensions(id, &width, nullptr, nullptr), 0);
+    EXPECT_EQ(width, 4u);
+    EXPECT_EQ(GFX_SetFontBitmap(id), 0);
+    EXPECT_EQ(font.fontPicture, id);
+    EXPECT_EQ(GFX_GetProperty(PROP_ENABLED), 0);
+    GFX_SetProperty(PROP_ENABLED, 1);
+}
+
+} // namespace
