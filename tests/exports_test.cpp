@@ -3,6 +3,7 @@
 // not guarded still act.
 #include "core/core.h"
 #include "manager3d/manager3d.h"
+#include "particles/particles.h"
 #include "picture_assets.h"
 #include "pictures/pictures.h"
 #include "support/driver_fixture.h"
@@ -28,6 +29,7 @@ struct Snapshot {
     std::int32_t typeOverride;
     std::int32_t lastError;
     std::int32_t renderProperties[kRenderPropertyCount];
+    bool particlesRequested;
     bool operator==(const Snapshot&) const = default;
 };
 
@@ -36,7 +38,8 @@ Snapshot snapshot() {
                m3d.batchCursor,      m3d.stateCursor,  m3d.currentNode,
                m3d.currentMatrix,    m3d.nextMatrix,   m3d.projectionIndex,
                m3d.screenSpaceDepth, m3d.savedCount,   m3d.stateLocked,
-               m3d.typeOverride,     driver.lastError, {}};
+               m3d.typeOverride,     driver.lastError, {},
+               particles.drawPending};
     std::memcpy(s.renderProperties, driver.renderProperties, sizeof s.renderProperties);
     return s;
 }
@@ -49,8 +52,11 @@ protected:
         ASSERT_EQ(GFX_LoadPicture("p.bmp", bitmap.data(), 0, &picture, 0), 0);
         ASSERT_EQ(GFX_SetFontBitmap(picture), 0);
         GFX_SetFontSize(0.1f, 0.1f);
+        EmitterParams emitter = {};
+        ASSERT_EQ(Particle_NewObject(&particleSystem, &emitter), 0);
     }
     unsigned int picture = 0;
+    std::uint32_t particleSystem = 0;
 };
 
 struct Guarded {
@@ -65,6 +71,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
     static const std::uint16_t indices[3] = {0, 1, 2};
     const std::uint32_t blend = BLEND_ALPHA;
     const unsigned int id = picture;
+    const unsigned int system = particleSystem;
     const Guarded rows[] = {
         {"GFX_BeginRender", [] { return GFX_BeginRender(); }, {}},
         {"GFX_EndRender", [] { return GFX_EndRender(); }, {}},
@@ -98,6 +105,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
         {"GFX_BeginText", [] { return GFX_BeginText(); }, {}},
         {"GFX_EndText", [] { return GFX_EndText(); }, [] { GFX_BeginText(); }},
         {"GFX_PrintByProportion", [] { return GFX_PrintByProportion(0, 0, "AB"); }, {}},
+        {"GFX_DrawParticleSystem", [=] { return GFX_DrawParticleSystem(system, 0, 0, 50); }, {}},
     };
     for (const Guarded& row : rows) {
         if (row.prepare)
@@ -132,7 +140,7 @@ TEST_F(ExportsTest, PartlyGuardedEntriesKeepOnlyTheirUnguardedPart) {
     GFX_SetProperty(PROP_ENABLED, 1);
 }
 
-// Lights, fonts, loading and the property calls are not guarded.
+// Lights, fonts, loading, particle systems' blocks and the property calls are not guarded.
 TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     GFX_SetProperty(PROP_ENABLED, 0);
     EXPECT_EQ(GFX_AddLight(3, 0, 0, 0, 0), 0);
@@ -153,6 +161,10 @@ TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     EXPECT_EQ(width, 4u);
     EXPECT_EQ(GFX_SetFontBitmap(id), 0);
     EXPECT_EQ(font.fontPicture, id);
+    EmitterParams rebuild = {};
+    rebuild.count = 2;
+    EXPECT_EQ(GFX_SetObjectProperty(particleSystem, &rebuild), 0);
+    EXPECT_EQ(rebuild.count, 0u);
     EXPECT_EQ(GFX_GetProperty(PROP_ENABLED), 0);
     GFX_SetProperty(PROP_ENABLED, 1);
 }
