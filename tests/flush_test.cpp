@@ -141,6 +141,9 @@ TEST_F(FlushTest, MergingJoinsOnlyCompatibleNeighbours) {
     GFX_BeginRender();
     lines(2);
     lines(2); // joins
+    // Geometry handed over by reference is not in the heap: it never joins a run.
+    static const float referenced[6] = {0, 0, 10, 0, 0, 10};
+    Manager3D_Submit(PRIM_LINES, 2, referenced, referenced, nullptr, nullptr, 0, 12, 0);
     points(2);
     lines(2);
     GFX_DrawIndexedPolygon(PRIM_LINES, 2, nvtest::floats(square), 2, indices);
@@ -149,9 +152,6 @@ TEST_F(FlushTest, MergingJoinsOnlyCompatibleNeighbours) {
     lines(2);
     request(STATE_CULL, CULL_OFF); // changes nothing, still ends the run
     lines(2);
-    // Geometry handed over by reference is not in the heap: it never joins a run.
-    static const float referenced[6] = {0, 0, 10, 0, 0, 10};
-    Manager3D_Submit(PRIM_LINES, 2, referenced, referenced, nullptr, nullptr, 0, 12, 0);
     rec.clear();
     GFX_EndRender();
     EXPECT_EQ(drawnCounts(rec), (std::vector<double>{2, 2, 2, 2, 2, 2, 4}));

@@ -62,8 +62,8 @@ TEST_F(PictureTableTest, IdsInOrderBoundedNamesAndLookupByName) {
     EXPECT_NE(PictureTexture(first), 0u);
     EXPECT_EQ(FindPictureTexture("particle.bm"), 0u);
     // Letters fold at both ends of the alphabet, nothing else does.
-    const std::uint32_t az = add("Az_[.bmp");
-    EXPECT_EQ(FindPictureTexture("aZ_[.BMP"), PictureTexture(az));
+    const std::uint32_t az = add("aZ_[.bmp");
+    EXPECT_EQ(FindPictureTexture("Az_[.BMP"), PictureTexture(az));
     EXPECT_EQ(FindPictureTexture("az_{.bmp"), 0u);
     // A record past the count is not a picture any more.
     std::strcpy(pictures.table[6].name, "stale.bmp");
