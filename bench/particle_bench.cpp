@@ -69,8 +69,10 @@ struct ParticleScene {
             origins[s] = {-60.0f + 40.0f * static_cast<float>(s % 4),
                           -45.0f + 30.0f * static_cast<float>(s / 4), 300.0f};
         }
-        // Spread the particles out, then capture one pass's vertices as the pass draws them.
-        for (int frame = 0; frame < 60; ++frame)
+        // Run the systems into their steady state of ages and places (a life is 200 to 500
+        // steps, a pass at least one), so that the quads captured next cover as many pixels as
+        // those of the passes timed later; then capture one pass's vertices as it draws them.
+        for (int frame = 0; frame < 1500; ++frame)
             driverPass();
         capture = this;
         const auto drawArrays = gl.DrawArrays;
