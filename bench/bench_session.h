@@ -1,5 +1,4 @@
-// The driver attached to one 640 x 480 window for the whole benchmark run, shared by every
-// benchmark of the binary so that they all draw with the same context.
+// The driver attached to its own 640 x 480 window, once for the whole benchmark run.
 #pragma once
 
 #include "scenario/host_window.h"
@@ -10,7 +9,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace nvbench {
+namespace norvgl::bench {
 
 struct Session {
     std::unique_ptr<scenario::HostWindow> window;
@@ -30,4 +29,4 @@ inline Session& session() {
     return s;
 }
 
-} // namespace nvbench
+} // namespace norvgl::bench

@@ -33,7 +33,7 @@ struct ParticleScene {
     std::vector<float> quads;
 
     ParticleScene() {
-        nvbench::session();
+        bench::session();
         // A frame first, so that the modelview slot a request captures holds the identity.
         GFX_BeginRender();
         GFX_EndRender();

@@ -203,13 +203,22 @@ NORVGL_API int GFX_BeginText(void);
 NORVGL_API int GFX_EndText(void);
 NORVGL_API int GFX_PrintByProportion(float x, float y, const char* text);
 
-/* Models, meshes, objects, particle systems */
+/* Models, meshes, objects, particle systems.
+   VRML models and host meshes load between a successful GFX_Init and GFX_Destroy (otherwise 1,
+   ERR_CREATE_CONTEXT) and live until GFX_Destroy; GFX_UnloadAll keeps them and their ids, and
+   ids issued after it skip every id a model's mesh or a host mesh still holds.
+   GFX_LoadMeshIndirect keeps referring to the host's arrays, and converts them in place for
+   the driver's coordinates: z of positions and normals negated, texture v := 1 - v (loading the
+   same arrays twice turns them back). They must stay valid as long as the mesh is drawn. With
+   a vertex count above 0, all three arrays are needed and every index must be below the count;
+   a null array, a null index array for a non-zero count, more than 65535 indices or an index
+   out of range is refused with ERR_INVALID_PARAMETER before anything is converted. */
 NORVGL_API int GFX_LoadVRML(int unused1, unsigned int length, const char* text, unsigned int* id,
                             int unused2, int unused3, int unused4, float* bounds);
-NORVGL_API int GFX_LoadMeshIndirect(int type, unsigned int count, const float* positions,
-                                    const float* normals, const float* texCoords,
-                                    const unsigned short* indices, unsigned int indexCount,
-                                    unsigned int pictureId, unsigned int* id);
+NORVGL_API int GFX_LoadMeshIndirect(int type, unsigned int count, float* positions, float* normals,
+                                    float* texCoords, const unsigned short* indices,
+                                    unsigned int indexCount, unsigned int pictureId,
+                                    unsigned int* id);
 /* Particle systems (GFX_NewObject type 1, GFX_SetObjectProperty, GFX_DrawParticleSystem).
    The library writes into the host's block: it consumes count (the block holds 0 afterwards)
    and sets the low byte of headMarker. A library holds at most 64 systems from its load on;

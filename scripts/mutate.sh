@@ -7,18 +7,19 @@
 #   scripts/mutate.sh                  every mutation, on a copy of this checkout
 #   scripts/mutate.sh --tree DIR       on a copy of another checkout (an older commit's
 #                                      worktree, say), with this checkout's list
-#   scripts/mutate.sh --only WORD      only the mutations whose line contains WORD
+#   scripts/mutate.sh --only WORD      only the mutations whose line contains WORD (repeat
+#                                      --only for several)
 # Results are also written to build-mutate/results.txt (NORVGL_MUTATE_DIR to move it).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
 list=$root/tests/mutations.txt
 source_tree=$root
-only=""
+only=()
 while [ $# -gt 0 ]; do
     case $1 in
     --tree) source_tree=$(cd "$2" && pwd); shift 2 ;;
-    --only) only=$2; shift 2 ;;
+    --only) only+=("$2"); shift 2 ;;
     *) echo "mutate: unknown argument $1"; exit 2 ;;
     esac
 done
@@ -34,9 +35,10 @@ unset DISPLAY
 source scripts/xvfb.sh
 
 # The copy: tracked and untracked files that git does not ignore, so uncommitted work counts.
+# Each file gets the time of the copy, so the build never keeps an object of an older text.
 mkdir -p "$tree"
 (cd "$source_tree" && git ls-files -z --cached --others --exclude-standard |
-    tar --null -T - -cf -) | tar -xf - -C "$tree"
+    tar --null -T - -cf -) | tar -xf - --touch -C "$tree"
 cmake -S "$tree" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DNORVGL_WERROR=OFF >/dev/null
 targets=(norvgl norvgl_tests norvgl_alloc_test norvgl_picture_file_tests norvgl_scenario
     norvgl_texconv)
@@ -80,7 +82,11 @@ invalid=0
 survivors=()
 while IFS= read -r line; do
     case $line in '' | '#'*) continue ;; esac
-    [ -n "$only" ] && [[ $line != *"$only"* ]] && continue
+    if [ ${#only[@]} -gt 0 ]; then
+        wanted=false
+        for word in "${only[@]}"; do [[ $line == *"$word"* ]] && wanted=true; done
+        $wanted || continue
+    fi
     mapfile -t fields < <(python3 -c 'import sys; [print(f.strip()) for f in sys.argv[1].split(" @@ ")]' "$line")
     if [ ${#fields[@]} -ne 4 ]; then
         echo "mutate: not four fields: $line"

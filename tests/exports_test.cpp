@@ -14,8 +14,10 @@
 
 #include <cstring>
 #include <functional>
+#include <string>
 
 using namespace norvgl;
+using norvgl::GlCall;
 using nvtest::GlRecorder;
 
 namespace {
@@ -52,10 +54,17 @@ protected:
         ASSERT_EQ(GFX_LoadPicture("p.bmp", bitmap.data(), 0, &picture, 0), 0);
         ASSERT_EQ(GFX_SetFontBitmap(picture), 0);
         GFX_SetFontSize(0.1f, 0.1f);
+        const std::string text = "DEF F IndexedFaceSet {\r\n"
+                                 "coord DEF P Coordinate { point [ 0 0 9, 1 0 9, 0 1 9 ] }\r\n"
+                                 "coordIndex [ 0, 1, 2, -1 ] }\r\n";
+        ASSERT_EQ(GFX_LoadVRML(0, static_cast<unsigned>(text.size()), text.c_str(), &model, 0, 0, 0,
+                               nullptr),
+                  0);
         EmitterParams emitter = {};
         ASSERT_EQ(Particle_NewObject(&particleSystem, &emitter), 0);
     }
     unsigned int picture = 0;
+    unsigned int model = 0;
     std::uint32_t particleSystem = 0;
 };
 
@@ -71,6 +80,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
     static const std::uint16_t indices[3] = {0, 1, 2};
     const std::uint32_t blend = BLEND_ALPHA;
     const unsigned int id = picture;
+    const unsigned int object = model;
     const unsigned int system = particleSystem;
     const Guarded rows[] = {
         {"GFX_BeginRender", [] { return GFX_BeginRender(); }, {}},
@@ -105,6 +115,10 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
         {"GFX_BeginText", [] { return GFX_BeginText(); }, {}},
         {"GFX_EndText", [] { return GFX_EndText(); }, [] { GFX_BeginText(); }},
         {"GFX_PrintByProportion", [] { return GFX_PrintByProportion(0, 0, "AB"); }, {}},
+        {"GFX_DrawObject", [=] { return GFX_DrawObject(object, 1, 2, 3); }, {}},
+        {"GFX_DrawObjectEx",
+         [=] { return GFX_DrawObjectEx(object, 1, 2, 3, PRIM_POINTS, STATE_TEXTURE, nullptr); },
+         {}},
         {"GFX_DrawParticleSystem", [=] { return GFX_DrawParticleSystem(system, 0, 0, 50); }, {}},
     };
     for (const Guarded& row : rows) {
@@ -140,7 +154,8 @@ TEST_F(ExportsTest, PartlyGuardedEntriesKeepOnlyTheirUnguardedPart) {
     GFX_SetProperty(PROP_ENABLED, 1);
 }
 
-// Lights, fonts, loading, particle systems' blocks and the property calls are not guarded.
+// Lights, fonts, loading, objects, particle systems' blocks and the property calls are not
+// guarded.
 TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     GFX_SetProperty(PROP_ENABLED, 0);
     EXPECT_EQ(GFX_AddLight(3, 0, 0, 0, 0), 0);
@@ -161,6 +176,13 @@ TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     EXPECT_EQ(width, 4u);
     EXPECT_EQ(GFX_SetFontBitmap(id), 0);
     EXPECT_EQ(font.fontPicture, id);
+    unsigned int object = 0;
+    GlRecorder rec;
+    EXPECT_EQ(GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr), 0);
+    EXPECT_EQ(GFX_EndObject(), 0);
+    EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList}),
+              (std::vector<std::string>{"glNewList(" + std::to_string(object) + ", 4864)",
+                                        "glEndList()"}));
     EmitterParams rebuild = {};
     rebuild.count = 2;
     EXPECT_EQ(GFX_SetObjectProperty(particleSystem, &rebuild), 0);

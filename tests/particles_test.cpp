@@ -162,17 +162,27 @@ TEST_F(ParticleTest, SetFlagsBlockChangesOnlyTheFlags) {
     }
 }
 
-TEST_F(ParticleTest, RefusalsTakeNothingAndIdsOutliveUnloadAll) {
+TEST_F(ParticleTest, IdsAreSharedAndOutliveUnloadAllAndRefusalsTakeNone) {
+    unsigned ids[3] = {};
+    EmitterParams first = block(0, 0);
+    EXPECT_EQ(GFX_NewObject(&ids[0], OBJECT_DISPLAY_LIST, nullptr), 0);
+    GFX_EndObject();
+    EXPECT_EQ(GFX_NewObject(&ids[1], OBJECT_PARTICLE_SYSTEM, &first), 0);
+    EXPECT_EQ(GFX_NewObject(&ids[2], OBJECT_DISPLAY_LIST, nullptr), 0);
+    GFX_EndObject();
+    EXPECT_EQ(std::vector<unsigned>(ids, ids + 3), (std::vector<unsigned>{1, 2, 3}));
+    GFX_UnloadAll(); // restarts the id count, which then passes over the system's id
+    EXPECT_EQ(create(block(0, 0)), 1u);
+    EXPECT_EQ(create(block(0, 0)), 3u);
+
     EmitterParams huge = block(kMaxParticleCount + 1, 0);
     std::uint32_t id = 77;
     EXPECT_EQ(Particle_NewObject(&id, &huge), 1);
     EXPECT_EQ(driver.lastError, ERR_INVALID_PARAMETER);
     EXPECT_EQ(Particle_NewObject(nullptr, nullptr), 1);
-    EXPECT_EQ(create(block(0, 0)), 1u);
-    GFX_UnloadAll(); // restarts the id count, which then passes over the system's id
-    for (std::uint32_t i = 2; i <= kEmitterSlots; ++i)
+    for (std::uint32_t i = 4; i <= kEmitterSlots; ++i)
         EXPECT_EQ(create(block(0, 0)), i);
-    EXPECT_EQ(Particle_Find(1), &particles.table[0]);
+    EXPECT_EQ(Particle_Find(2), &particles.table[0]);
     EmitterParams last = block(1, 0);
     EXPECT_EQ(Particle_NewObject(&id, &last), 1);
     EXPECT_EQ(driver.lastError, ERR_OUT_OF_MEMORY);

@@ -73,8 +73,19 @@ inline constexpr char kNullIndices[] = "index pointer is NULL for %u indices";
 inline constexpr char kIndexCountTooLarge[] = "index count %u is above 65535";
 inline constexpr char kIndexOutOfRange[] =
     "index %u at position %u is not below the vertex count %u";
-inline constexpr char kNullObjectId[] = "object id pointer is NULL";
+inline constexpr char kNullIdPointer[] = "object id pointer is NULL";
+inline constexpr char kNullVrmlText[] = "VRML text pointer is NULL";
+inline constexpr char kNullMeshArray[] = "mesh %s array is NULL for %u vertices";
 inline constexpr char kParticleCountTooLarge[] = "particle count %u is above %u";
+
+// Models, meshes and objects.
+inline constexpr char kLoadMeshIndirectFailed[] = "LoadMeshIndirect failed";
+inline constexpr char kNoContextForModel[] =
+    "no rendering context: models and meshes load between GFX_Init and GFX_Destroy";
+inline constexpr char kVrmlTooLarge[] = "VRML text counts more than %u entries of one kind";
+inline constexpr char kVrmlNoMemory[] = "the VRML reader's nodes or lists";
+inline constexpr char kModelNoMemory[] = "the mesh records or arrays of a VRML model";
+inline constexpr char kMeshNoMemory[] = "the mesh records of a host mesh";
 
 // Particle systems (detail texts of ERR_OUT_OF_MEMORY).
 inline constexpr char kEmitterTableFull[] = "all %u particle system slots are taken";

@@ -253,12 +253,14 @@ void addEntry(VrmlReader& r, Token first) {
     }
     const bool numbers = kind == LIST_POINTS || kind == LIST_TEX_COORDS;
     const int components = kind == LIST_POINTS ? 3 : kind == LIST_TEX_COORDS ? 2 : 1;
-    float values[3] = {numbers ? readNumber(first) : 0.0f, 0, 0};
-    const std::uint16_t index = numbers ? 0 : readIndex(first);
+    // The counting pass only counts: its values are never stored, so they are not converted.
+    const bool convert = r.storing;
+    float values[3] = {convert && numbers ? readNumber(first) : 0.0f, 0, 0};
+    const std::uint16_t index = convert && !numbers ? readIndex(first) : 0;
     Token last = first;
     for (int i = 1; i < components; ++i) {
         last = nextToken(r);
-        values[i] = readNumber(last);
+        values[i] = convert ? readNumber(last) : 0.0f;
     }
     if (last.find(']') != Token::npos) {
         r.listOpen = false;

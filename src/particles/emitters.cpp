@@ -69,7 +69,7 @@ float Particle_RandomBetween(float lo, float hi) {
 
 int Particle_NewObject(std::uint32_t* idOut, EmitterParams* params) {
     if (!idOut) {
-        ReportError(ERR_INVALID_PARAMETER, kNullObjectId);
+        ReportError(ERR_INVALID_PARAMETER, kNullIdPointer);
         return 1;
     }
     if (particles.emitterCount >= kEmitterSlots) {

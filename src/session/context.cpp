@@ -1,6 +1,7 @@
 // Rendering context and display modes: GFX_Init attaches the driver to the host's window with
 // its initial GL state and projection; teardown gives all of it back.
 #include "manager3d/manager3d.h"
+#include "models/models.h"
 #include "particles/particles.h"
 #include "pictures/pictures.h"
 #include "platform/gl_table.h"
@@ -11,17 +12,30 @@
 
 namespace norvgl {
 
+namespace {
+
+// Whether a live object still holds an id, so that issuing skips it: a mesh (a VRML model's
+// or the host's) and a particle system outlive GFX_UnloadAll, which restarts the count.
+bool objectIdHeld(std::uint32_t id) {
+    return MeshStore_Find(id) != nullptr || Particle_HoldsId(id);
+}
+
+} // namespace
+
 void attachLibrary() {
     libraryAttach();
     session = SessionState{};
+    Models_Reset();
     Manager3D_Reset();
     Pictures_Reset();
     Particle_Reset();
     Manager3D_SetParticlePass(Particle_DrawAll);
-    SetObjectIdHeldCheck(Particle_HoldsId);
+    SetObjectIdHeldCheck(objectIdHeld);
 }
 
 int initContext() {
+    // A new context starts with an empty mesh store, as with fresh heaps.
+    MeshStore_Clear();
     if (Manager3D_InitHeaps() != 0) {
         ReportError(ERR_OUT_OF_MEMORY, "the render queue's pools could not be allocated");
         return 1;
@@ -103,6 +117,7 @@ int setResolution(const DisplayModeRecord* wanted) {
     return 1;
 }
 
+// Pictures and display lists go; meshes stay, and keep their ids (see objectIdHeld).
 int unloadAll() {
     if (driver.objectIdCounter > 0)
         gl.DeleteLists(1, static_cast<GLsizei>(driver.objectIdCounter));
@@ -111,8 +126,13 @@ int unloadAll() {
     return 0;
 }
 
+// Meshes first, then the queue's pools, then the pictures and lists (one left open closed
+// first) while their context is still current; the context and the window go last, stopping
+// at the first that fails.
 int destroyContext() {
+    MeshStore_Clear();
     Manager3D_FreeHeaps();
+    Objects_CloseOpenList();
     unloadAll();
     if (driver.properties[PROP_MODE_CHANGED])
         platform::restoreDisplayMode();

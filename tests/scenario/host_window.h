@@ -5,6 +5,7 @@
 
 #include "image.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -82,6 +83,9 @@ private:
 
 // Whether the calling thread has a GL context current.
 bool glContextCurrent();
+
+// Bytes the process holds from the C library's heap (all blocks in use); 0 when unknown.
+std::size_t heapBytesInUse();
 
 // The screen's mode right now, as the driver's display-mode records describe modes.
 struct ScreenMode {

@@ -9,6 +9,8 @@
 
 #include <windows.h>
 
+#include <malloc.h>
+
 #include <filesystem>
 #include <stdexcept>
 
@@ -209,6 +211,16 @@ PrivateLibrary::~PrivateLibrary() {
 PrivateLibrary::Entry PrivateLibrary::symbol(const char* name) const {
     return module_ ? reinterpret_cast<Entry>(GetProcAddress(static_cast<HMODULE>(module_), name))
                    : nullptr;
+}
+
+std::size_t heapBytesInUse() {
+    std::size_t used = 0;
+    _HEAPINFO entry = {};
+    int status;
+    while ((status = _heapwalk(&entry)) == _HEAPOK)
+        if (entry._useflag == _USEDENTRY)
+            used += entry._size;
+    return status == _HEAPEND ? used : 0;
 }
 
 } // namespace scenario

@@ -8,6 +8,7 @@
 
 #include <dlfcn.h>
 #include <sys/stat.h>
+#include <malloc.h>
 #include <time.h>
 
 #include <filesystem>
@@ -179,6 +180,11 @@ PrivateLibrary::~PrivateLibrary() {
 
 PrivateLibrary::Entry PrivateLibrary::symbol(const char* name) const {
     return module_ ? reinterpret_cast<Entry>(dlsym(module_, name)) : nullptr;
+}
+
+std::size_t heapBytesInUse() {
+    const struct mallinfo2 info = mallinfo2(); // every arena, and blocks mapped on their own
+    return info.uordblks + info.hblkhd;
 }
 
 } // namespace scenario
