@@ -29,7 +29,9 @@ namespace {
     X(GFX_LockRenderState) X(GFX_UnlockRenderState) X(GFX_DrawPolygon) X(GFX_DrawIndexedPolygon) \
     X(GFX_DrawBillboard) X(GFX_LoadPicture) X(GFX_DrawPicture) X(GFX_SelectTexture)              \
     X(GFX_SetFontBitmap) X(GFX_SetFontSize) X(GFX_BeginText) X(GFX_EndText)                       \
-    X(GFX_PrintByProportion)
+    X(GFX_PrintByProportion) X(GFX_LoadVRML) X(GFX_LoadMeshIndirect) X(GFX_NewObject)           \
+    X(GFX_EndObject) X(GFX_DrawObject) X(GFX_DrawObjectEx) X(GFX_SetObjectProperty)           \
+    X(GFX_DrawParticleSystem)
 // clang-format on
 
 struct Driver {
@@ -122,6 +124,28 @@ void normalFrame(Host& host) {
     EXPECT_EQ(image.at(quarter, 3 * quarter), kClear);
 }
 
+// A one-triangle model and a one-triangle host mesh (whose arrays must outlive its draws).
+struct Meshes {
+    float positions[9] = {0, 0, 50, 10, 0, 50, 0, 10, 50};
+    float normals[9] = {0, 0, -1, 0, 0, -1, 0, 0, -1};
+    float texCoords[6] = {0, 0, 1, 0, 0, 1};
+    unsigned model = 0;
+    unsigned mesh = 0;
+    void load(Driver& gfx) {
+        static const char text[] = "DEF A T { coord DEF P C { point [ 0 0 50, 9 0 50, 0 9 50 ] } "
+                                   "coordIndex [ 0 1 2 ] }\r\n";
+        gfx.GFX_LoadVRML(0, sizeof text - 1, text, &model, 0, 0, 0, nullptr);
+        gfx.GFX_LoadMeshIndirect(PRIM_TRIANGLES, 3, positions, normals, texCoords, nullptr, 0, 1,
+                                 &mesh);
+    }
+    void draw(Driver& gfx) const {
+        const unsigned noTexture = 0;
+        gfx.GFX_DrawObject(model, 0, 0, 0);
+        gfx.GFX_DrawObject(mesh, 1, 2, 3);
+        gfx.GFX_DrawObjectEx(mesh, 0, 0, 0, PRIM_POINTS, STATE_TEXTURE, &noTexture);
+    }
+};
+
 // Every kind of call a host makes between frames and inside them, with harmless arguments.
 void everyDrawingCall(Driver& gfx) {
     const float triangle[24] = {0, 0, 50, 0, 0, 1,  0,  0, 10, 0, 50, 0,
@@ -129,6 +153,15 @@ void everyDrawingCall(Driver& gfx) {
     const unsigned short indices[3] = {0, 1, 2};
     const unsigned depthOff = DEPTH_OFF;
     const float position[3] = {0, 0, 50};
+    Meshes meshes;
+    unsigned object = 0;
+    meshes.load(gfx);
+    gfx.GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr);
+    gfx.GFX_EndObject();
+    EmitterParams sparks = {}; // particles of size 0: nothing to see when a later frame draws
+    sparks.count = 5;
+    unsigned particles = 0;
+    EXPECT_EQ(gfx.GFX_NewObject(&particles, OBJECT_PARTICLE_SYSTEM, &sparks), 0);
     EXPECT_EQ(gfx.GFX_SetClearColor(0.5f, 0.5f, 0.5f, 1.0f), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 1), 0);
@@ -156,6 +189,8 @@ void everyDrawingCall(Driver& gfx) {
     gfx.GFX_BeginText();
     gfx.GFX_PrintByProportion(0.1f, 0.1f, "AB");
     gfx.GFX_EndText();
+    meshes.draw(gfx);
+    EXPECT_EQ(gfx.GFX_DrawParticleSystem(particles, 0, 0, 50), 0);
     EXPECT_EQ(gfx.GFX_EndRender(), 0);
     EXPECT_EQ(gfx.GFX_UnloadAll(), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 0), 0);
@@ -267,6 +302,28 @@ const HostileOrder kHostileOrders[] = {
          EXPECT_EQ(host.lastErrorTitle(), kPixelFormatTitle);
          host.gfx.GFX_SetProperty(PROP_WINDOW, host.window->handle());
      }},
+    {"ModelsAcrossUnloadingASecondInitAndAnOpenObject",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         Meshes meshes;
+         unsigned object = 0;
+         host.init();
+         meshes.load(gfx);
+         EXPECT_EQ(gfx.GFX_UnloadAll(), 0);
+         gfx.GFX_BeginRender();
+         Meshes inFrame;
+         inFrame.load(gfx); // before any copied polygon: a model and a mesh are made
+         meshes.draw(gfx);
+         inFrame.draw(gfx);
+         gfx.GFX_EndRender();
+         ASSERT_EQ(gfx.GFX_Init(), 0); // a new context starts with no meshes
+         gfx.GFX_BeginRender();
+         meshes.draw(gfx);
+         gfx.GFX_EndRender();
+         gfx.GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr); // left open
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.attached = false;
+     }},
     {"EmptyPolygonsWithoutArrays",
      [](Host& host) {
          Driver& gfx = host.gfx;
@@ -286,6 +343,38 @@ const HostileOrder kHostileOrders[] = {
          EXPECT_EQ(host.gfx.GFX_LoadPicture(pipe.path().c_str(), nullptr, 0, &id, 0), 1);
          EXPECT_EQ(id, 77u);
          EXPECT_EQ(host.lastErrorTitle(), "File not found");
+     }},
+    {"ParticleSystemsRebuiltRefusedAndLeftRequested",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         host.init();
+         EmitterParams block = {}; // size 0 throughout
+         unsigned id = 0, refused = 77;
+         for (unsigned i = 0; i < 64; ++i) {
+             block.count = 40;
+             block.flags = i % 2 ? PF_SHARDS | PF_LOOP : PF_STAGGER;
+             ASSERT_EQ(gfx.GFX_NewObject(&id, OBJECT_PARTICLE_SYSTEM, &block), 0);
+         }
+         EXPECT_EQ(gfx.GFX_NewObject(&refused, OBJECT_PARTICLE_SYSTEM, &block), 1);
+         EXPECT_EQ(gfx.GFX_NewObject(nullptr, OBJECT_PARTICLE_SYSTEM, &block), 1);
+         EXPECT_EQ(refused, 77u);
+         for (unsigned count : {100u, 0u, 3u, 70000u}) {
+             block.count = count;
+             gfx.GFX_SetObjectProperty(id, &block);
+         }
+         gfx.GFX_SetObjectProperty(id, nullptr);
+         block.flags = PF_SET_FLAGS | PF_SHARDS;
+         gfx.GFX_SetObjectProperty(id, &block);
+         gfx.GFX_BeginRender();
+         for (unsigned i = 0; i <= id + 1; ++i)
+             gfx.GFX_DrawParticleSystem(i, 0, 0, 50);
+         gfx.GFX_EndRender();
+         // Requested, and the context goes before the frame ends.
+         gfx.GFX_BeginRender();
+         gfx.GFX_DrawParticleSystem(id, 0, 0, 50);
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.attached = false;
+         gfx.GFX_EndRender();
      }},
     {"EverythingTwice",
      [](Host& host) {
