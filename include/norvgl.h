@@ -424,10 +424,13 @@ NORVGL_API int GFX_LoadMeshIndirect(int type, unsigned int count, float* positio
                                     unsigned int indexCount, unsigned int pictureId,
                                     unsigned int* id);
 /* Type OBJECT_DISPLAY_LIST: a new object id, its display list open until GFX_EndObject.
-   Type OBJECT_PARTICLE_SYSTEM: a particle system built from *params (see EmitterParams; the
-   host's count is counted down to 0). At most 64 systems; they live as long as the library.
+   Type OBJECT_PARTICLE_SYSTEM: a particle system built from *params (see EmitterParams). The
+   driver writes into the host's block: count is consumed (0 afterwards) and the low byte of
+   headMarker set. A library holds at most 64 systems from its load on, kept with their ids
+   across GFX_UnloadAll and GFX_Destroy; the 65th returns 1 with ERR_OUT_OF_MEMORY, and a NULL
+   id pointer or a count above 65535 returns 1 with ERR_INVALID_PARAMETER, nothing written.
    Writes the ObjectId to *id. 0. */
-NORVGL_API int GFX_NewObject(unsigned int* id, int type, const EmitterParams* params);
+NORVGL_API int GFX_NewObject(unsigned int* id, int type, EmitterParams* params);
 /* Closes the display list GFX_NewObject opened. 0. */
 NORVGL_API int GFX_EndObject(void);
 /* Draws the model or mesh `id` moved by (x, y, z), under the current transform, each part
@@ -437,9 +440,9 @@ NORVGL_API int GFX_DrawObject(unsigned int id, float x, float y, float z);
    `mask` with `values` (see STATE_; mask 0: each part's own texture). 0. GUARDED. */
 NORVGL_API int GFX_DrawObjectEx(unsigned int id, float x, float y, float z, int type,
                                 unsigned int mask, const void* values);
-/* Rebuilds particle system `id` from *params (PF_SET_FLAGS: only its flags). 0, also for an
-   unknown id. */
-NORVGL_API int GFX_SetObjectProperty(unsigned int id, const EmitterParams* params);
+/* Rebuilds particle system `id` from *params (PF_SET_FLAGS: only its flags), writing into the
+   block as GFX_NewObject does. 0, also for an unknown id (0 is never a system's). */
+NORVGL_API int GFX_SetObjectProperty(unsigned int id, EmitterParams* params);
 /* Draws particle system `id` this frame, its origin at (x, y, z) under the current transform,
    and advances it by the steps it owes: one per hundredth of a second since it was last
    drawn. Particles are drawn after everything else, without depth test, as camera-facing

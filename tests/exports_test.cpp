@@ -3,6 +3,7 @@
 // not guarded still act.
 #include "core/core.h"
 #include "manager3d/manager3d.h"
+#include "particles/particles.h"
 #include "picture_assets.h"
 #include "pictures/pictures.h"
 #include "support/driver_fixture.h"
@@ -30,6 +31,7 @@ struct Snapshot {
     std::int32_t typeOverride;
     std::int32_t lastError;
     std::int32_t renderProperties[kRenderPropertyCount];
+    bool particlesRequested;
     bool operator==(const Snapshot&) const = default;
 };
 
@@ -38,7 +40,8 @@ Snapshot snapshot() {
                m3d.batchCursor,      m3d.stateCursor,  m3d.currentNode,
                m3d.currentMatrix,    m3d.nextMatrix,   m3d.projectionIndex,
                m3d.screenSpaceDepth, m3d.savedCount,   m3d.stateLocked,
-               m3d.typeOverride,     driver.lastError, {}};
+               m3d.typeOverride,     driver.lastError, {},
+               particles.drawPending};
     std::memcpy(s.renderProperties, driver.renderProperties, sizeof s.renderProperties);
     return s;
 }
@@ -57,9 +60,12 @@ protected:
         ASSERT_EQ(GFX_LoadVRML(0, static_cast<unsigned>(text.size()), text.c_str(), &model, 0, 0, 0,
                                nullptr),
                   0);
+        EmitterParams emitter = {};
+        ASSERT_EQ(Particle_NewObject(&particleSystem, &emitter), 0);
     }
     unsigned int picture = 0;
     unsigned int model = 0;
+    std::uint32_t particleSystem = 0;
 };
 
 struct Guarded {
@@ -75,6 +81,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
     const std::uint32_t blend = BLEND_ALPHA;
     const unsigned int id = picture;
     const unsigned int object = model;
+    const unsigned int system = particleSystem;
     const Guarded rows[] = {
         {"GFX_BeginRender", [] { return GFX_BeginRender(); }, {}},
         {"GFX_EndRender", [] { return GFX_EndRender(); }, {}},
@@ -112,6 +119,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
         {"GFX_DrawObjectEx",
          [=] { return GFX_DrawObjectEx(object, 1, 2, 3, PRIM_POINTS, STATE_TEXTURE, nullptr); },
          {}},
+        {"GFX_DrawParticleSystem", [=] { return GFX_DrawParticleSystem(system, 0, 0, 50); }, {}},
     };
     for (const Guarded& row : rows) {
         if (row.prepare)
@@ -146,7 +154,8 @@ TEST_F(ExportsTest, PartlyGuardedEntriesKeepOnlyTheirUnguardedPart) {
     GFX_SetProperty(PROP_ENABLED, 1);
 }
 
-// Lights, fonts, loading, objects and the property calls are not guarded.
+// Lights, fonts, loading, objects, particle systems' blocks and the property calls are not
+// guarded.
 TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     GFX_SetProperty(PROP_ENABLED, 0);
     EXPECT_EQ(GFX_AddLight(3, 0, 0, 0, 0), 0);
@@ -174,6 +183,10 @@ TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList}),
               (std::vector<std::string>{"glNewList(" + std::to_string(object) + ", 4864)",
                                         "glEndList()"}));
+    EmitterParams rebuild = {};
+    rebuild.count = 2;
+    EXPECT_EQ(GFX_SetObjectProperty(particleSystem, &rebuild), 0);
+    EXPECT_EQ(rebuild.count, 0u);
     EXPECT_EQ(GFX_GetProperty(PROP_ENABLED), 0);
     GFX_SetProperty(PROP_ENABLED, 1);
 }

@@ -343,11 +343,9 @@ TEST_F(ModelsTest, IdsRunWithoutGapsAndSkipWhatMeshesHoldAfterUnloading) {
     EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList, GlCall::Disable}),
               (std::vector<std::string>{"glNewList(1, 4864)", "glEndList()", "glNewList(2, 4864)",
                                         "glDisable(3553)", "glEndList()"}));
-    // Other types do nothing; particle systems are not available yet.
+    // Other types do nothing.
     unsigned untouched = 77;
     EXPECT_EQ(GFX_NewObject(&untouched, 2, nullptr), 0);
-    EXPECT_EQ(GFX_NewObject(&untouched, OBJECT_PARTICLE_SYSTEM, nullptr), 1);
-    EXPECT_EQ(driver.lastError, ERR_NOT_SUPPORTED);
     EXPECT_EQ(GFX_NewObject(nullptr, OBJECT_DISPLAY_LIST, nullptr), 1);
     EXPECT_EQ(untouched, 77u);
 
