@@ -53,8 +53,19 @@ const char* compressionName(std::uint32_t compression) {
 
 bool checkBitmap(const std::vector<std::uint8_t>& data) {
     BitmapInfo info;
-    if (parseBitmap(data.data(), data.size(), info) != BitmapResult::Ok) {
-        std::printf("  refused: the bitmap's headers are broken (Invalid file data)\n");
+    const BitmapResult parsed = parseBitmap(data.data(), data.size(), info);
+    if (parsed != BitmapResult::Ok) {
+        static const char* const kWhy[] = {"",
+                                           "it does not begin with BM",
+                                           "its file size field is below 54 bytes",
+                                           "the file is shorter than its file size field says",
+                                           "its info header is below 40 bytes",
+                                           "its info header reaches past the file's end",
+                                           "its width is 0 or below",
+                                           "its height is 0"};
+        const auto why = static_cast<std::size_t>(parsed);
+        std::printf("  refused: %s (Invalid file data)\n",
+                    why < std::size(kWhy) ? kWhy[why] : "its headers are broken");
         return false;
     }
     std::printf("  %d x %u pixels, %u bits per pixel, %s, rows stored %s\n", info.width,
@@ -141,8 +152,14 @@ bool checkTdf(const std::vector<std::uint8_t>& data) {
     for (std::int32_t i = 0; i < h.levelCount; ++i)
         std::printf(" %dx%d", image.levels[i].width, image.levels[i].height);
     std::printf("\n");
+    const TdfLevel& last = image.levels[h.levelCount - 1];
     if (h.levelCount == 1)
         std::printf("  with RPROP_MIPMAPS set, the driver makes the smaller levels itself\n");
+    else if (last.width > 1 || last.height > 1)
+        std::printf("  with RPROP_MIPMAPS set it draws UNTEXTURED: its levels stop at %dx%d and "
+                    "mip-mapped filtering needs them down to 1x1; load it with RPROP_MIPMAPS at 0 "
+                    "(level 0 only) or store one level\n",
+                    last.width, last.height);
     std::printf("  loads\n");
     return true;
 }

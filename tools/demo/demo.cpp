@@ -90,13 +90,14 @@ void quad(std::vector<Vertex>& out, const float (&c)[4][3], const float (&n)[3],
 // something must write depth on every pixel every frame; the sky and the ground do.
 std::vector<Vertex> skyBox() {
     std::vector<Vertex> box;
-    const float h = kSky, g = -40; // the walls go down below the ground
-    const float n[3] = {0, 0, 0};  // lit by the ambient term only
-    quad(box, {{-h, g, h}, {h, g, h}, {h, h, h}, {-h, h, h}}, n, 1);
-    quad(box, {{h, g, -h}, {-h, g, -h}, {-h, h, -h}, {h, h, -h}}, n, 1);
-    quad(box, {{-h, g, -h}, {-h, g, h}, {-h, h, h}, {-h, h, -h}}, n, 1);
-    quad(box, {{h, g, h}, {h, g, -h}, {h, h, -h}, {h, h, h}}, n, 1);
-    quad(box, {{-h, h, h}, {h, h, h}, {h, h, -h}, {-h, h, -h}}, n, 0);
+    // The walls go down below the ground and up to a lid high enough that the view ends on them.
+    const float h = kSky, g = -40, top = 1200;
+    const float n[3] = {0, 0, 0}; // lit by the ambient term only
+    quad(box, {{-h, g, h}, {h, g, h}, {h, top, h}, {-h, top, h}}, n, 1);
+    quad(box, {{h, g, -h}, {-h, g, -h}, {-h, top, -h}, {h, top, -h}}, n, 1);
+    quad(box, {{-h, g, -h}, {-h, g, h}, {-h, top, h}, {-h, top, -h}}, n, 1);
+    quad(box, {{h, g, h}, {h, g, -h}, {h, top, -h}, {h, top, h}}, n, 1);
+    quad(box, {{-h, top, h}, {h, top, h}, {h, top, -h}, {-h, top, -h}}, n, 0);
     return box;
 }
 
@@ -173,9 +174,12 @@ void load(Scene& s, const Options& o) {
     s.sky = loadPicture(o, "sky.bmp");
     s.ground = loadPicture(o, "ground.bmp");
     s.crate = loadPicture(o, "crate.bmp");
+    s.particle = loadPicture(o, "particle.bmp");
+    // A 3DF file's own levels stop above 1 x 1, which mip-mapped filtering needs: it loads
+    // with RPROP_MIPMAPS at 0, its level 0 filtered as nearest.
+    check(GFX_SetRenderProperty(RPROP_MIPMAPS, 0), "GFX_SetRenderProperty");
     if (o.on("texture3df")) // without it, the model's stone crate goes untextured
         s.stone = loadPicture(o, "stone.3df");
-    s.particle = loadPicture(o, "particle.bmp");
     s.logo = loadPicture(o, "logo.bmp", PICTURE_NO_MIPMAPS);
     s.font = loadPicture(o, "font.bmp", PICTURE_NO_MIPMAPS);
     check(GFX_SetRenderProperty(RPROP_MIPMAPS, 0), "GFX_SetRenderProperty");
@@ -191,9 +195,9 @@ void load(Scene& s, const Options& o) {
     s.groundMesh.load(s.ground);
 
     // Every kind of particle system. Speeds are per step (1/100 s); gravity is 0.01 per step.
-    EmitterParams fire = emitter(150, PF_FIRE | PF_LOOP | PF_NO_GRAVITY, 7, 70, 0.12f, 1.2f);
+    EmitterParams fire = emitter(160, PF_FIRE | PF_LOOP | PF_NO_GRAVITY, 8, 60, 0.3f, 1.35f);
     s.fire = newSystem(fire);
-    EmitterParams smoke = emitter(90, PF_SMOKE | PF_LOOP | PF_STAGGER, 9, 160, 0.05f, 1.3f);
+    EmitterParams smoke = emitter(90, PF_SMOKE | PF_LOOP | PF_STAGGER, 12, 150, 0.08f, 1.3f);
     smoke.colorMax[3] = 0.5f;
     s.smoke = newSystem(smoke);
     EmitterParams fountain = emitter(120, PF_LOOP | PF_STAGGER, 4, 90, 0.55f, 1.25f);
@@ -220,14 +224,16 @@ void drawFrame(const Scene& s, const Options& o, long frame, float time, float f
     GFX_Look(150 * std::sin(angle - 0.5f), 45, -150 * std::cos(angle - 0.5f), 0, 22, 0, 0, 0, 0);
 
     if (o.on("backdrop")) {
+        // Bright enough under the ambient light alone: material colours may exceed 1.
+        GFX_SetMaterialColor(1.7f, 1.7f, 1.7f, 0, 0, 0, 0, 0, 0);
         GFX_SelectTexture(s.sky);
         GFX_DrawPolygon(PRIM_TRIANGLES, static_cast<unsigned>(s.skyVertices.size()),
                         &s.skyVertices[0].x);
         GFX_SelectTexture(0);
     }
-    GFX_SetRenderProperty(RPROP_CULLING, 1);
-    if (o.on("mesh"))
+    if (o.on("mesh")) // one-sided and only seen from above: no culling needed
         GFX_DrawObject(s.groundMesh.id, 0, 0, 0);
+    GFX_SetRenderProperty(RPROP_CULLING, 1);
     if (o.on("model")) {
         GFX_SetMaterialColor(0.4f, 0.4f, 0.4f, 1, 1, 1, 0.3f, 0.3f, 0.3f);
         GFX_DrawObject(s.model, 0, 0, 0);
@@ -239,12 +245,12 @@ void drawFrame(const Scene& s, const Options& o, long frame, float time, float f
         GFX_Untransform(3);
     }
 
-    // Two banners with their backs to the camera's start: culling hides the second.
+    // Two banners with their backs to the camera: culling hides the second.
     const float n[3] = {0, 0, 1};
     std::vector<Vertex> banner;
-    quad(banner, {{-8, 0, 0}, {8, 0, 0}, {8, 12, 0}, {-8, 12, 0}}, n, 1);
+    quad(banner, {{8, 0, 0}, {-8, 0, 0}, {-8, 12, 0}, {8, 12, 0}}, n, 1);
     GFX_SelectTexture(s.crate);
-    GFX_SetMaterialColor(0.5f, 0.5f, 0.7f, 0.6f, 0.6f, 1.0f, 0, 0, 0);
+    GFX_SetMaterialColor(1.2f, 1.2f, 1.4f, 0.6f, 0.6f, 1.0f, 0, 0, 0);
     GFX_SetRenderProperty(RPROP_CULLING, 0);
     GFX_Translate(40, 5, 30);
     GFX_DrawPolygon(PRIM_TRIANGLES, 6, &banner[0].x);
@@ -261,9 +267,10 @@ void drawFrame(const Scene& s, const Options& o, long frame, float time, float f
         GFX_SetMaterialColorEx(0.2f, 0.5f, 0.6f, 0.45f, 0.3f, 0.8f, 0.9f, 0.45f, 0, 0, 0, 0.45f);
         std::vector<Vertex> pane;
         quad(pane, {{-20, 0, 0}, {20, 0, 0}, {20, 30, 0}, {-20, 30, 0}}, {0, 0, -1}, 1);
-        GFX_Translate(-30, 0, -45);
+        GFX_Translate(-45, 0, 10);
+        GFX_Rotate(0.6f, 0, 1, 0);
         GFX_DrawPolygon(PRIM_TRIANGLES, 6, &pane[0].x);
-        GFX_Untransform(1);
+        GFX_Untransform(2);
         GFX_SetRenderProperty(RPROP_ALPHA_BLEND, 0);
     }
     GFX_SetRenderProperty(RPROP_CULLING, 1);
@@ -274,15 +281,15 @@ void drawFrame(const Scene& s, const Options& o, long frame, float time, float f
         GFX_SelectTexture(s.particle);
         for (int i = 0; i < 4; ++i) {
             const float a = 1.2f * time + kPi / 2 * static_cast<float>(i);
-            const float lamp[3] = {28 * std::cos(a), 36, 28 * std::sin(a)};
-            GFX_DrawBillboard(lamp, 9);
+            const float lamp[3] = {24 * std::cos(a), 44, 24 * std::sin(a)};
+            GFX_DrawBillboard(lamp, 6);
         }
         GFX_SelectTexture(0);
     }
     if (o.on("fire"))
         GFX_DrawParticleSystem(s.fire, 30, 0, -20);
     if (o.on("smoke"))
-        GFX_DrawParticleSystem(s.smoke, 30, 14, -20);
+        GFX_DrawParticleSystem(s.smoke, 30, 18, -20);
     if (o.on("stagger"))
         GFX_DrawParticleSystem(s.fountain, -40, 0, -10);
     if (o.on("shards"))

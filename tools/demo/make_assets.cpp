@@ -105,27 +105,34 @@ RgbImage makeLogo(const IndexedImage& font) {
     return logo;
 }
 
-// Cobbles: raw RGB rows for the texture converter.
+// Stone blocks in courses with dark mortar: raw RGB rows for the texture converter.
 std::vector<std::uint8_t> makeStoneRgb() {
     std::vector<std::uint8_t> rgbRows;
     for (int y = 0; y < 64; ++y)
         for (int x = 0; x < 64; ++x) {
-            const double cell = std::sin(x * 0.4) * std::sin(y * 0.4 + (x / 8) * 1.3);
-            const auto v = static_cast<std::uint8_t>(110 + 70 * std::fabs(cell));
-            rgbRows.insert(rgbRows.end(), {v, static_cast<std::uint8_t>(v - 10),
-                                           static_cast<std::uint8_t>(v - 25)});
+            const int shifted = x + (y / 16 % 2) * 8;
+            const bool mortar = y % 16 < 2 || shifted % 16 < 2;
+            const int grain = (x * 7 + y * 13) % 5 * 6;
+            const auto v = static_cast<std::uint8_t>(mortar ? 50 : 150 + grain);
+            rgbRows.insert(rgbRows.end(), {v, static_cast<std::uint8_t>(v - 8),
+                                           static_cast<std::uint8_t>(v - 20)});
         }
     return rgbRows;
 }
 
-std::string longLineModel() {
-    std::string text = "#VRML V2.0 utf8\r\nDEF Strip Transform {\r\n  children [ Shape { geometry "
+// A model past the reader's limits: a face of four points, a name of 130 characters, and
+// last a line of 120 points, far past 1023 characters, whose cut loses the list's end.
+std::string brokenModel() {
+    std::string text = "#VRML V2.0 utf8\r\nDEF Quad Transform {\r\n  children [ Shape { geometry "
+                       "DEF QuadFaces IndexedFaceSet {\r\n    coord Coordinate { point [ 0 0 0, "
+                       "1 0 0, 1 1 0, 0 1 0 ] }\r\n    coordIndex [ 0, 1, 2, 3, -1 ]\r\n  } } ]\r\n"
+                       "}\r\nDEF " +
+                       std::string(130, 'N') +
+                       " Transform { }\r\nDEF Strip Transform {\r\n  children [ Shape { geometry "
                        "DEF StripFaces IndexedFaceSet {\r\n    coord Coordinate { point [";
-    for (int i = 0; i < 120; ++i) // one line of 120 points: far past 1023 characters
+    for (int i = 0; i < 120; ++i)
         text += " " + std::to_string(i) + ".0 0.0 0.0,";
-    text += " 0 1 0 ]\r\n    }\r\n    coordIndex [ 0, 1, 119, -1, 0, 1, 2, 3, -1 ]\r\n"
-            "  } } ]\r\n}\r\nDEF " +
-            std::string(130, 'N') + " Transform { }\r\n";
+    text += " 0 1 0 ]\r\n    }\r\n    coordIndex [ 0, 1, 119, -1 ]\r\n  } } ]\r\n}\r\n";
     return text;
 }
 
@@ -147,7 +154,7 @@ int main(int argc, char** argv) {
     const IndexedImage font = makeFont();
     const std::vector<std::uint8_t> crate = writeIndexedBitmap(
         makeCrate(), {rgb(168, 118, 62), rgb(140, 96, 50), rgb(70, 45, 25), rgb(96, 70, 40)}, 4);
-    const std::string model = longLineModel();
+    const std::string model = brokenModel();
     bool ok =
         write(dir, "font.bmp", writeIndexedBitmap(font, {rgb(0, 0, 0), rgb(255, 255, 255)}, 8)) &&
         write(dir, "particle.bmp", writeColorBitmap(makeParticle())) &&
@@ -165,6 +172,6 @@ int main(int argc, char** argv) {
     RgbImage small{8, 8, std::vector<std::uint32_t>(64, rgb(200, 30, 30))};
     ok = ok && write(dir, "broken_cut.bmp", cut) &&
          write(dir, "broken_16bit.bmp", writeColorBitmap(small, 16)) &&
-         write(dir, "broken_long_line.wrl", std::vector<std::uint8_t>(model.begin(), model.end()));
+         write(dir, "broken_limits.wrl", std::vector<std::uint8_t>(model.begin(), model.end()));
     return ok ? 0 : 1;
 }
