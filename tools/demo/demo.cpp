@@ -202,7 +202,7 @@ void load(Scene& s, const Options& o) {
     s.smoke = newSystem(smoke);
     EmitterParams fountain = emitter(120, PF_LOOP | PF_STAGGER, 4, 90, 0.55f, 1.25f);
     s.fountain = newSystem(fountain);
-    EmitterParams shards = emitter(40, PF_SHARDS | PF_LOOP, 2.5f, 120, 0.45f, 0.9f);
+    EmitterParams shards = emitter(100, PF_SHARDS | PF_LOOP, 2, 120, 0.45f, 0.9f);
     shards.colorMin[0] = 0.9f, shards.colorMin[1] = 0.8f, shards.colorMin[2] = 0.2f;
     s.shards = newSystem(shards);
 }
