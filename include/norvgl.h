@@ -330,9 +330,11 @@ NORVGL_API int GFX_DrawBillboard(const float* position, float size);
    changed or removed. A position is placed by the transform current at the call (outside a
    frame: relative to the camera). */
 
-/* Turns light `light` on, full white, at (x, y, z). type 1: directional, shining from the
-   direction (x, y, z) (y as for the other calls: a light from above has y < 0 here); type 0
-   or 2: a point light at (x, y, z) without fall-off. 0, or 1 for a type above 2. */
+/* Turns light `light` on, full white, at (x, y, z). The first light switches lighting on for
+   good; before it, geometry is drawn unlit in white (or its texture) and materials do not
+   show. Type 1: directional, shining from the direction (x, y, z), whose y goes in negated
+   (a light from above has y < 0 here); type 0 or 2: a point light at (x, y, z) without
+   fall-off. 0, or 1 for a type above 2. */
 NORVGL_API int GFX_AddLight(unsigned int light, int type, float x, float y, float z);
 /* Moves a light (its type stays). 0. */
 NORVGL_API int GFX_SetLightPosition(unsigned int light, float x, float y, float z);
