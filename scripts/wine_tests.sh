@@ -61,4 +61,11 @@ echo "wine_tests: comparing the runs"
 # Both systems draw with the same software rasteriser and their bitmaps (the system's
 # StretchDIBits on Windows, our decoder on Linux) have matched exactly: any difference fails.
 "$compare" "$runs/linux" "$runs/windows"
+
+# The demo built for Windows against the same golden picture as the Linux one, on the assets
+# the Linux build made.
+echo "wine_tests: the Windows demo against the golden picture"
+assets="Z:${root//\//\\}\\build\\tools\\demo-assets"
+timeout 300 tests/golden/golden_test.sh "wine $root/build-win64/tools/norvgl_demo.exe" \
+    "$root/build/tests/norvgl_golden_compare" --assets "$assets"
 echo "wine_tests: passed in $((SECONDS - started)) s"
