@@ -131,7 +131,7 @@ std::string brokenModel() {
                        " Transform { }\r\nDEF Strip Transform {\r\n  children [ Shape { geometry "
                        "DEF StripFaces IndexedFaceSet {\r\n    coord Coordinate { point [";
     for (int i = 0; i < 120; ++i)
-        text += " " + std::to_string(i) + ".0 0.0 0.0,";
+        text.append(" ").append(std::to_string(i)).append(".0 0.0 0.0,");
     text += " 0 1 0 ]\r\n    }\r\n    coordIndex [ 0, 1, 119, -1 ]\r\n  } } ]\r\n}\r\n";
     return text;
 }
