@@ -1,6 +1,6 @@
-// The master switch across the export table: with PROP_ENABLED at 0 every guarded entry
-// returns 0 at once, with no GL call, nothing queued and no error, and the entries that are
-// not guarded still act.
+// The export table as a whole: the types of all 63 entries, and the master switch across
+// them: with PROP_ENABLED at 0 every guarded entry returns 0 at once, with no GL call,
+// nothing queued and no error, and the entries that are not guarded still act.
 #include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "particles/particles.h"
@@ -15,10 +15,81 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <type_traits>
 
 using namespace norvgl;
 using norvgl::GlCall;
 using nvtest::GlRecorder;
+
+// The catalogue that hosts compile against: each entry's result and argument types in order.
+// The entries kept for older hosts take any arguments.
+#define NVGL_ENTRY(name, ...) static_assert(std::is_same_v<decltype(name), __VA_ARGS__>, #name);
+using F = float;
+using U = unsigned int;
+NVGL_ENTRY(GFX_GetLastError, void(char*, char*))
+NVGL_ENTRY(GFX_GetProperty, intptr_t(U))
+NVGL_ENTRY(GFX_SetProperty, int(U, intptr_t))
+NVGL_ENTRY(GFX_GetRenderProperty, int(int))
+NVGL_ENTRY(GFX_SetRenderProperty, int(int, int))
+NVGL_ENTRY(GFX_Init, int())
+NVGL_ENTRY(GFX_Destroy, int())
+NVGL_ENTRY(GFX_UnloadAll, int())
+NVGL_ENTRY(GFX_EnumResolutions, int(DisplayModeRecord*))
+NVGL_ENTRY(GFX_SetResolution, int(const DisplayModeRecord*))
+NVGL_ENTRY(GFX_BeginRender, int())
+NVGL_ENTRY(GFX_EndRender, int())
+NVGL_ENTRY(GFX_SetClearColor, int(F, F, F, F))
+NVGL_ENTRY(GFX_LockRenderState, int(U, const void*))
+NVGL_ENTRY(GFX_UnlockRenderState, void())
+NVGL_ENTRY(GFX_LockRenderMesh, void(U))
+NVGL_ENTRY(GFX_UnlockRenderMesh, void())
+NVGL_ENTRY(GFX_Translate, void(F, F, F))
+NVGL_ENTRY(GFX_Rotate, void(F, F, F, F))
+NVGL_ENTRY(GFX_Scale, void(F, F, F))
+NVGL_ENTRY(GFX_Look, void(F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_Untransform, int(U))
+NVGL_ENTRY(GFX_DrawPolygon, int(int, U, const float*))
+NVGL_ENTRY(GFX_DrawIndexedPolygon, int(int, U, const float*, U, const unsigned short*))
+NVGL_ENTRY(GFX_DrawBillboard, int(const float*, F))
+NVGL_ENTRY(GFX_AddLight, int(U, int, F, F, F))
+NVGL_ENTRY(GFX_SetLightPosition, int(U, F, F, F))
+NVGL_ENTRY(GFX_SetLightColor, int(U, F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_RemoveLight, int(U))
+NVGL_ENTRY(GFX_SetMaterialColorEx, int(F, F, F, F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_SetMaterialColor, int(F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_LoadPicture, int(const char*, const void*, U, U*, U))
+NVGL_ENTRY(GFX_GetPictureDimensions, int(U, U*, U*, U*))
+NVGL_ENTRY(GFX_DrawPicture, int(U, int, int, int, int))
+NVGL_ENTRY(GFX_DrawPictureByProportion, int(U, F, F, F, F))
+NVGL_ENTRY(GFX_SelectTexture, int(U))
+NVGL_ENTRY(GFX_SetFontSize, int(F, F))
+NVGL_ENTRY(GFX_SetFontBitmap, int(U))
+NVGL_ENTRY(GFX_BeginText, int())
+NVGL_ENTRY(GFX_EndText, int())
+NVGL_ENTRY(GFX_PrintByProportion, int(F, F, const char*))
+NVGL_ENTRY(GFX_LoadVRML, int(int, U, const char*, U*, int, int, int, float*))
+NVGL_ENTRY(GFX_LoadMeshIndirect,
+           int(int, U, float*, float*, float*, const unsigned short*, U, U, U*))
+NVGL_ENTRY(GFX_NewObject, int(U*, int, EmitterParams*))
+NVGL_ENTRY(GFX_EndObject, int())
+NVGL_ENTRY(GFX_DrawObject, int(U, F, F, F))
+NVGL_ENTRY(GFX_DrawObjectEx, int(U, F, F, F, int, U, const void*))
+NVGL_ENTRY(GFX_SetObjectProperty, int(U, EmitterParams*))
+NVGL_ENTRY(GFX_DrawParticleSystem, int(U, F, F, F))
+NVGL_ENTRY(GFX_Print, int(...))
+NVGL_ENTRY(GFX_Resize, int(...))
+NVGL_ENTRY(GFX_SetBlitArea, int(...))
+NVGL_ENTRY(GFX_LoadIndexedMesh, int(...))
+NVGL_ENTRY(GFX_AddRenderWindow, int(...))
+NVGL_ENTRY(GFX_GetAvailableDevices, int(...))
+NVGL_ENTRY(GFX_GetRenderState, int(...))
+NVGL_ENTRY(GFX_GetRenderWindow, int(...))
+NVGL_ENTRY(GFX_RemoveRenderWindow, int(...))
+NVGL_ENTRY(GFX_SetDevice, int(...))
+NVGL_ENTRY(GFX_SetRenderState, int(...))
+NVGL_ENTRY(GFX_SetRenderWindow, int(...))
+NVGL_ENTRY(GFX_TestRenderState, int(...))
+NVGL_ENTRY(GFX_UnloadPicture, int(...))
 
 namespace {
 
