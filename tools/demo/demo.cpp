@@ -128,9 +128,10 @@ struct Ground {
             for (int x = 0; x < kCells; ++x) {
                 const auto a = static_cast<unsigned short>(z * kSide + x);
                 const auto b = static_cast<unsigned short>(a + kSide);
+                // Counter-clockwise seen from above: the side culling keeps.
                 for (unsigned short i :
-                     {a, b, static_cast<unsigned short>(b + 1), a,
-                      static_cast<unsigned short>(b + 1), static_cast<unsigned short>(a + 1)})
+                     {a, static_cast<unsigned short>(b + 1), b, a,
+                      static_cast<unsigned short>(a + 1), static_cast<unsigned short>(b + 1)})
                     *out++ = i;
             }
         check(GFX_LoadMeshIndirect(PRIM_TRIANGLES, kSide * kSide, positions, normals, texCoords,
@@ -231,9 +232,9 @@ void drawFrame(const Scene& s, const Options& o, long frame, float time, float f
                         &s.skyVertices[0].x);
         GFX_SelectTexture(0);
     }
-    if (o.on("mesh")) // one-sided and only seen from above: no culling needed
-        GFX_DrawObject(s.groundMesh.id, 0, 0, 0);
     GFX_SetRenderProperty(RPROP_CULLING, 1);
+    if (o.on("mesh"))
+        GFX_DrawObject(s.groundMesh.id, 0, 0, 0);
     if (o.on("model")) {
         GFX_SetMaterialColor(0.4f, 0.4f, 0.4f, 1, 1, 1, 0.3f, 0.3f, 0.3f);
         GFX_DrawObject(s.model, 0, 0, 0);
