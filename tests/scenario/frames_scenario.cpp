@@ -2,7 +2,6 @@
 // primitives where the left-handed coordinates put them, culling, the alternating depth
 // phases, blending, lighting and clearing. Every capture is also saved for the comparison of
 // one system's run with the other's.
-#include "host_window.h"
 #include "scenario.h"
 #include "scenario_gl.h"
 #include "support/scene.h"
@@ -12,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -26,9 +24,6 @@ using nvtest::project;
 using nvtest::square;
 using nvtest::triangle;
 using nvtest::vertex;
-
-constexpr Rgb kBlack = {0, 0, 0};
-constexpr Rgb kWhite = {255, 255, 255};
 
 ::testing::AssertionResult looksLike(Rgb p, int r, int g, int b, int tolerance = 2) {
     if (std::abs(p.r - r) <= tolerance && std::abs(p.g - g) <= tolerance &&
@@ -45,22 +40,8 @@ GLenum depthFunction() {
     return static_cast<GLenum>(function);
 }
 
-// A 640 x 480 window with the driver attached, clearing the colour at every frame start.
-class Frames : public ::testing::Test {
+class Frames : public WindowScenario {
 protected:
-    void SetUp() override {
-        window_ = std::make_unique<HostWindow>(640, 480);
-        GFX_SetProperty(PROP_WINDOW, window_->handle());
-        ASSERT_EQ(GFX_Init(), 0);
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
-    }
-    void TearDown() override {
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
-        GFX_Destroy();
-        window_.reset();
-        GFX_SetProperty(PROP_WINDOW, 0);
-    }
-
     // Clears colour and depth, then opens a frame of the near-to-far phase: after a depth
     // clear, a frame of the other phase would pass no fragment at all. A frame of the wrong
     // phase is closed empty first.
@@ -73,32 +54,11 @@ protected:
         }
     }
 
-    // Closes the frame and returns what the window shows, saved as <suite>.<test>-<n>.
-    Image endFrame() {
-        GFX_EndRender();
-        Image image = window_->capture();
-        EXPECT_FALSE(image.empty()) << "the window could not be captured";
-        const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-        const std::string name = std::string(test->test_suite_name()) + "." + test->name() + "-" +
-                                 std::to_string(captures_++);
-        EXPECT_TRUE(saveCapture(name, image)) << name;
-        if (image.empty()) {
-            image.width = window_->clientWidth();
-            image.height = window_->clientHeight();
-            image.pixels.assign(static_cast<std::size_t>(image.width) * image.height, {});
-        }
-        return image;
-    }
-
     // A white directional light along the view: lit colour is the material's diffuse colour.
     static void frontLight() { GFX_AddLight(0, 1, 0, 0, -1); }
     static void diffuse(float r, float g, float b, float a = 1.0f) {
         GFX_SetMaterialColorEx(0, 0, 0, a, r, g, b, a, 0, 0, 0, a);
     }
-
-private:
-    std::unique_ptr<HostWindow> window_;
-    int captures_ = 0;
 };
 
 TEST_F(Frames, TriangleLandsWhereLeftHandedCoordinatesPutIt) {
@@ -307,13 +267,9 @@ TEST_F(Frames, LitTriangleFollowsAddLightAndSetLightColor) {
 }
 
 TEST_F(Frames, ClearColorPropertyClearsNowAndAtEveryFrameStart) {
-    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0); // clears colour and depth, once
+    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
+    freshFrame(); // colour and depth cleared once, in black
     EXPECT_EQ(GFX_SetClearColor(0, 0, 1, 1), 0);
-    GFX_BeginRender();
-    if (depthFunction() != GL_LESS) {
-        GFX_EndRender();
-        GFX_BeginRender();
-    }
     const auto tri = triangle(0, 0, 100, 20);
     GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
     const Image drawn = endFrame();

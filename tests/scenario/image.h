@@ -52,4 +52,10 @@ struct Image {
 };
 static_assert(sizeof(Rgb) == 3);
 
+inline constexpr Rgb kBlack = {0, 0, 0};
+inline constexpr Rgb kWhite = {255, 255, 255};
+inline constexpr Rgb kRed = {255, 0, 0};
+inline constexpr Rgb kGreen = {0, 255, 0};
+inline constexpr Rgb kBlue = {0, 0, 255};
+
 } // namespace scenario

@@ -3,7 +3,6 @@
 // formats, each read back from its texture (level 0 and a mip level) and dumped for the
 // comparison of one system's run with the other's; then frames with pictures and text.
 // Run-length escapes are left to the decoder's tests and the Wine bitmap check.
-#include "host_window.h"
 #include "picture_assets.h"
 #include "scenario.h"
 #include "texture_level.h"
@@ -14,11 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <optional>
 #include <random>
 #include <string>
@@ -28,13 +24,6 @@ namespace scenario {
 namespace {
 
 namespace assets = norvgl::assets;
-
-std::string outputPath(const std::string& file) {
-    const char* directory = std::getenv("NORVGL_SCENARIO_OUT");
-    if (!directory || !*directory)
-        return "";
-    return (std::filesystem::path(directory) / file).string();
-}
 
 // <name>.rgba: "RGBA width height" on a line, then the texels.
 bool saveLevel(const std::string& name, const Level& level) {
@@ -189,22 +178,16 @@ std::vector<Case> bitmapCases() {
     return cases;
 }
 
-// A 640 x 480 window with the driver attached and mip levels made for every load.
-class Pictures : public ::testing::Test {
+// Mip levels made for every load.
+class Pictures : public WindowScenario {
 protected:
     void SetUp() override {
-        window_ = std::make_unique<HostWindow>(640, 480);
-        GFX_SetProperty(PROP_WINDOW, window_->handle());
-        ASSERT_EQ(GFX_Init(), 0);
+        WindowScenario::SetUp();
         GFX_SetRenderProperty(RPROP_MIPMAPS, 1);
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
     }
     void TearDown() override {
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
         GFX_SetRenderProperty(RPROP_MIPMAPS, 0);
-        GFX_Destroy();
-        window_.reset();
-        GFX_SetProperty(PROP_WINDOW, 0);
+        WindowScenario::TearDown();
     }
 
     // Loads from the file or from memory; picture k of a fresh context has texture name k.
@@ -231,21 +214,7 @@ protected:
         EXPECT_TRUE(static_cast<bool>(out)) << path;
     }
 
-    Image endFrame(const std::string& name) {
-        GFX_EndRender();
-        Image image = window_->capture();
-        EXPECT_FALSE(image.empty()) << "the window could not be captured";
-        EXPECT_TRUE(saveCapture("Pictures." + name, image)) << name;
-        if (image.empty()) {
-            image.width = 640;
-            image.height = 480;
-            image.pixels.assign(640 * 480, {});
-        }
-        return image;
-    }
-
 private:
-    std::unique_ptr<HostWindow> window_;
     std::string notes_;
 };
 
@@ -391,7 +360,7 @@ TEST_F(Pictures, PicturesAndPixelArrayOnScreen) {
         EXPECT_EQ(GFX_DrawPicture(big, 400, 10, 0, 0), 0);
         EXPECT_EQ(GFX_DrawPicture(indexed, 0, 0, 320, 240), 0);
         EXPECT_EQ(GFX_DrawPictureByProportion(proportional, 0.5f, 0.5f, 0.5f, 0.5f), 0);
-        image = endFrame(frame);
+        image = endFrame();
         // The pixel array: blue and white at its bottom, red at its top.
         EXPECT_EQ(image.at(20, 470), (Rgb{0, 0, 255})) << frame;
         EXPECT_EQ(image.at(280, 470), (Rgb{255, 255, 255})) << frame;
@@ -422,7 +391,7 @@ TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
     GFX_BeginText();
     EXPECT_EQ(GFX_PrintByProportion(0.125f, 0.25f, "AB"), 0);
     GFX_EndText();
-    const Image image = endFrame("text");
+    const Image image = endFrame();
     // The middle of each letter's cell shows its colour; the additive blend over black adds
     // the colour itself.
     EXPECT_EQ(image.at(160, 150), (Rgb{255, 255, 255})); // the top of the A

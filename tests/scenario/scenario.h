@@ -2,9 +2,13 @@
 // directory, and where captures go (the directory named by NORVGL_SCENARIO_OUT, when set).
 #pragma once
 
+#include "host_window.h"
 #include "image.h"
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace scenario {
@@ -49,9 +53,26 @@ private:
     std::size_t seen_ = 0;
 };
 
+// The path of `file` in the output directory; empty when none is set.
+std::string outputPath(const std::string& file);
+
 // Writes a capture as <name>.ppm into the output directory; does nothing when none is set.
 // False when the file could not be written.
 bool saveCapture(const std::string& name, const Image& image);
+
+// A 640 x 480 window with the driver attached, clearing the colour at every frame start.
+class WindowScenario : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    // Closes the frame and returns what the window shows, saved as <suite>.<test>-<n>; black
+    // when the window could not be read.
+    Image endFrame();
+
+private:
+    std::unique_ptr<HostWindow> window_;
+    int captures_ = 0;
+};
 
 // A directory of its own under the system's temporary directory, made current while this
 // lives; the previous current directory is restored and the directory removed afterwards.
