@@ -1,5 +1,5 @@
 // Picture table: ids, bounded names, lookups by id and name, dimensions, texture selection,
-// the box filter of mip levels, and emptying the table with GFX_UnloadAll.
+// and emptying the table with GFX_UnloadAll.
 #include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
@@ -16,11 +16,6 @@ namespace {
 
 class PictureTableTest : public nvtest::WindowTest {
 protected:
-    void SetUp() override {
-        WindowTest::SetUp();
-        pictures = {}; // as at library load
-        font = {};
-    }
     // What a reader leaves in the next record before registering it.
     static std::uint32_t add(const char* name, bool asPixels = false) {
         PictureRecord& record = nextPictureRecord();
@@ -34,20 +29,6 @@ protected:
         return RegisterPicture(name);
     }
 };
-
-TEST(BoxFilter, HalveRgbAveragesBlocksRoundingDownAndDropsOddEdges) {
-    // 3 x 3 pixels: only the top-left 2 x 2 block counts.
-    std::uint8_t image[27];
-    std::memset(image, 200, sizeof image);
-    const std::uint8_t block[4][3] = {{10, 0, 255}, {11, 1, 255}, {12, 2, 255}, {14, 4, 254}};
-    for (int i = 0; i < 4; ++i)
-        std::memcpy(image + (i / 2) * 9 + (i % 2) * 3, block[i], 3);
-    HalveRgb(image, 3, 3);
-    EXPECT_EQ(image[0], 11);  // 47 / 4
-    EXPECT_EQ(image[1], 1);   // 7 / 4
-    EXPECT_EQ(image[2], 254); // 1019 / 4
-    EXPECT_EQ(image[3], 11);  // the rest of the buffer keeps what it held
-}
 
 TEST_F(PictureTableTest, IdsInOrderBoundedNamesAndLookupByName) {
     EXPECT_EQ(FindPictureTexture("particle.bmp"), 0u); // empty table

@@ -332,6 +332,21 @@ TEST_F(Pictures, TdfFilesOfBothFormats) {
     saveNotes("Pictures.tdf-loads");
 }
 
+// Red on the pixels from (left, top) to before (right, bottom), and not on those around them.
+void expectRedRectangle(const Image& image, int left, int top, int right, int bottom) {
+    const struct {
+        int x, y;
+        bool inside;
+    } probes[] = {{left, top, true},          {right - 1, bottom - 1, true},
+                  {left - 1, top, false},     {left, top - 1, false},
+                  {right, bottom - 1, false}, {right - 1, bottom, false}};
+    for (const auto& p : probes) {
+        if (p.x >= 0 && p.y >= 0 && p.x < image.width && p.y < image.height) {
+            EXPECT_EQ(image.at(p.x, p.y) == kRed, p.inside) << p.x << ", " << p.y;
+        }
+    }
+}
+
 // Four quadrants: red, green at the top; blue, white at the bottom.
 assets::RgbImage quadrants(std::int32_t width, std::int32_t height) {
     assets::RgbImage image{width, height, {}};
@@ -345,39 +360,66 @@ assets::RgbImage quadrants(std::int32_t width, std::int32_t height) {
 TEST_F(Pictures, PicturesAndPixelArrayOnScreen) {
     std::mt19937 rng(5);
     const auto palette = randomPalette(rng, 16);
-    unsigned indexed = 0, proportional = 0, big = 0;
+    unsigned indexed = 0, proportional = 0, big = 0, red = 0;
     ASSERT_EQ(load("", assets::writeIndexedBitmap(randomIndices(rng, 64, 64, 16), palette, 4),
                    false, &indexed),
               0);
     ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(100, 50)), false, &proportional), 0);
     ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(300, 200)), false, &big), 0);
+    ASSERT_EQ(
+        load("", assets::writeColorBitmap({64, 48, std::vector(64 * 48, 0xFF0000u)}), false, &red),
+        0);
 
     // Two frames, one in each depth phase: the pixel array's copy must not depend on it.
     Image image;
-    for (const char* frame : {"pictures", "pictures-second-phase"}) {
+    for (int frame = 0; frame < 2; ++frame) {
         GFX_BeginRender();
         // Drawn at once, at its own size at the lower-left corner.
         EXPECT_EQ(GFX_DrawPicture(big, 400, 10, 0, 0), 0);
         EXPECT_EQ(GFX_DrawPicture(indexed, 0, 0, 320, 240), 0);
         EXPECT_EQ(GFX_DrawPictureByProportion(proportional, 0.5f, 0.5f, 0.5f, 0.5f), 0);
+        // A size of 0 is the picture's own, in fractions too: 64 window widths wide.
+        EXPECT_EQ(GFX_DrawPicture(red, 330, 10, 0, 0), 0);
+        EXPECT_EQ(GFX_DrawPictureByProportion(red, 0.9f, 0.25f, 0, 0.125f), 0);
+        EXPECT_EQ(GFX_GetRenderProperty(RPROP_SCREEN_SPACE), 0);
         image = endFrame();
         // The pixel array: blue and white at its bottom, red at its top.
-        EXPECT_EQ(image.at(20, 470), (Rgb{0, 0, 255})) << frame;
-        EXPECT_EQ(image.at(280, 470), (Rgb{255, 255, 255})) << frame;
-        EXPECT_EQ(image.at(20, 290), (Rgb{255, 0, 0})) << frame;
-        EXPECT_EQ(image.at(20, 270), (Rgb{0, 0, 0})) << frame; // above it
+        EXPECT_EQ(image.at(20, 470), kBlue) << frame;
+        EXPECT_EQ(image.at(280, 470), kWhite) << frame;
+        EXPECT_EQ(image.at(20, 290), kRed) << frame;
+        EXPECT_EQ(image.at(20, 270), kBlack) << frame; // above it
     }
     // The proportional picture upright in the bottom-right quarter.
-    EXPECT_EQ(image.at(360, 280), (Rgb{255, 0, 0}));
-    EXPECT_EQ(image.at(600, 280), (Rgb{0, 255, 0}));
-    EXPECT_EQ(image.at(360, 450), (Rgb{0, 0, 255}));
-    EXPECT_EQ(image.at(600, 450), (Rgb{255, 255, 255}));
+    EXPECT_EQ(image.at(360, 280), kRed);
+    EXPECT_EQ(image.at(600, 280), kGreen);
+    EXPECT_EQ(image.at(360, 450), kBlue);
+    EXPECT_EQ(image.at(600, 450), kWhite);
     // The indexed picture covers the top-left quarter and nothing beyond it.
-    EXPECT_EQ(image.at(330, 100), (Rgb{0, 0, 0}));
-    EXPECT_EQ(image.at(100, 250), (Rgb{0, 0, 0}));
+    EXPECT_EQ(image.at(330, 100), kBlack);
+    EXPECT_EQ(image.at(100, 250), kBlack);
+    // The red ones: pixels 330 to 393 by 10 to 57, and 576 to the right edge by 120 to 179.
+    expectRedRectangle(image, 330, 10, 394, 58);
+    expectRedRectangle(image, 576, 120, 640, 180);
 }
 
-TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
+// Pixel rectangles are halved as whole pixels: a 641-pixel window has 320 pixels a side.
+class OddWindow : public WindowScenario {
+public:
+    OddWindow() : WindowScenario(641, 481) {}
+};
+
+TEST_F(OddWindow, PictureRectanglesUseWholePixelHalves) {
+    unsigned red = 0;
+    const auto bitmap = assets::writeColorBitmap({64, 48, std::vector(64 * 48, 0xFF0000u)});
+    ASSERT_EQ(GFX_LoadPicture("red.bmp", bitmap.data(), 0, &red, 0), 0);
+    GFX_BeginRender();
+    GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0); // whichever depth phase this frame is in
+    EXPECT_EQ(GFX_DrawPicture(red, 160, 120, 320, 240), 0);
+    // From 160 / 320 x 320.5 = 160.25 to 480.75, and 120.25 to 360.75 down.
+    expectRedRectangle(endFrame(), 160, 120, 481, 361);
+}
+
+TEST_F(Pictures, TextFromTheFontBitmap) {
     // The top half of the A's cell white, so that a glyph drawn upside down shows.
     auto font = assets::makeGlyphFont(8); // 128 x 128
     for (int y = 8 * 4 + 1; y < 8 * 4 + 4; ++y)
@@ -387,24 +429,26 @@ TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
     ASSERT_EQ(load("font.bmp", assets::writeColorBitmap(font), false, &id), 0);
     ASSERT_EQ(GFX_SetFontBitmap(id), 0);
     EXPECT_EQ(GFX_SetFontSize(0.25f, 0.25f), 0);
+    GFX_SetClearColor(0, 0, 1, 1);
     GFX_BeginRender();
     GFX_BeginText();
-    EXPECT_EQ(GFX_PrintByProportion(0.125f, 0.25f, "AB"), 0);
+    // Four cells of 160 x 120 pixels from (0, 120). A space takes its place and draws nothing;
+    // 0xC1 counts as -63, whose cell the texture's repeat folds onto cell 209; a line feed is
+    // the glyph of cell 10.
+    EXPECT_EQ(GFX_PrintByProportion(0, 0.25f, "A \xC1\n"), 0);
     GFX_EndText();
     const Image image = endFrame();
-    // The middle of each letter's cell shows its colour; the additive blend over black adds
-    // the colour itself.
-    EXPECT_EQ(image.at(160, 150), (Rgb{255, 255, 255})); // the top of the A
-    for (int i = 0; i < 2; ++i) {
-        const std::uint32_t color = assets::glyphColor(static_cast<std::uint8_t>('A' + i));
-        const Rgb middle = image.at(80 + 160 * i + 80, 120 + 90);
-        EXPECT_EQ(middle,
-                  (Rgb{static_cast<std::uint8_t>(color >> 16),
-                       static_cast<std::uint8_t>(color >> 8), static_cast<std::uint8_t>(color)}))
-            << char('A' + i);
+    // Added to the blue of the clear colour, the middle of each cell shows its glyph's colour
+    // with full blue.
+    EXPECT_EQ(image.at(80, 150), kWhite); // the top of the A
+    const int codes[4] = {'A', -1, 209, '\n'};
+    for (int i = 0; i < 4; ++i) {
+        const std::uint32_t c = codes[i] < 0 ? 0 : assets::glyphColor(std::uint8_t(codes[i]));
+        EXPECT_EQ(image.at(160 * i + 80, 210),
+                  (Rgb{std::uint8_t(c >> 16), std::uint8_t(c >> 8), 255}))
+            << "cell " << i;
     }
-    EXPECT_EQ(image.at(40, 180), (Rgb{0, 0, 0}));  // left of the text
-    EXPECT_EQ(image.at(600, 180), (Rgb{0, 0, 0})); // right of it
+    EXPECT_EQ(image.at(80, 300), kBlue); // below the text
 }
 
 } // namespace

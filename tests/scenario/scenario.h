@@ -60,9 +60,11 @@ std::string outputPath(const std::string& file);
 // False when the file could not be written.
 bool saveCapture(const std::string& name, const Image& image);
 
-// A 640 x 480 window with the driver attached, clearing the colour at every frame start.
+// A window (640 x 480 unless a fixture says otherwise) with the driver attached, clearing
+// the colour at every frame start.
 class WindowScenario : public ::testing::Test {
 protected:
+    explicit WindowScenario(int width = 640, int height = 480) : width_(width), height_(height) {}
     void SetUp() override;
     void TearDown() override;
     // Closes the frame and returns what the window shows, saved as <suite>.<test>-<n>; black
@@ -70,6 +72,7 @@ protected:
     Image endFrame();
 
 private:
+    int width_, height_;
     std::unique_ptr<HostWindow> window_;
     int captures_ = 0;
 };

@@ -93,7 +93,7 @@ bool saveCapture(const std::string& name, const Image& image) {
 }
 
 void WindowScenario::SetUp() {
-    window_ = std::make_unique<HostWindow>(640, 480);
+    window_ = std::make_unique<HostWindow>(width_, height_);
     GFX_SetProperty(PROP_WINDOW, window_->handle());
     ASSERT_EQ(GFX_Init(), 0);
     GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
