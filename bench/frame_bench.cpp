@@ -5,8 +5,13 @@
 //    nothing else (the floor).
 //  - Frame/Driver: 300 submissions over 20 distinct states from GFX_BeginRender to
 //    GFX_EndRender, against Frame/NaiveHost: the same triangles drawn the same way by a host that
-//    sets every state before every draw with plain GL 1.1 calls. Both report their GL state
-//    calls per frame (counted once through the recording table, outside the timed loop).
+//    sets every state before every draw with plain GL 1.1 calls, and Frame/HandSortedHost: the
+//    best a careful host does by hand, each state set once and each group drawn with one
+//    vertex-array call. All report their GL state calls per frame (counted once through the
+//    recording table, outside the timed loop).
+//  - Scale/Submissions and Scale/MergedVertices: how a frame's cost grows, per unmerged
+//    submission (up to the batch heap's 341) and per vertex of merged submissions (up to the
+//    vertex heap's 10922).
 #include "bench_session.h"
 #include "core/core.h"
 #include "manager3d/limits.h"
@@ -18,6 +23,7 @@
 
 #include <GL/glx.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -219,6 +225,93 @@ void naiveFrame(const Scene& sc, const float* projection) {
     glXSwapBuffers(glXGetCurrentDisplay(), glXGetCurrentDrawable());
 }
 
+// The scene's squares grouped by state once, in GL's coordinates, groups in the order the
+// driver's tree draws them (cull, depth, blend, material, texture), so that each draw sets
+// only what differs from the group before.
+struct SortedGroup {
+    SceneState state;
+    std::vector<float> positions, normals, texCoords;
+};
+
+std::vector<SortedGroup> sortScene(const Scene& sc) {
+    std::vector<SortedGroup> groups(kStates);
+    for (int s = 0; s < kStates; ++s)
+        groups[s].state = sc.states[s];
+    for (int i = 0; i < kSubmissions; ++i) {
+        SortedGroup& g = groups[i % kStates];
+        for (const Vertex& v : sc.squares[i]) {
+            g.positions.insert(g.positions.end(), {v.x, v.y, -v.z});
+            g.normals.insert(g.normals.end(), {v.nx, v.ny, -v.nz});
+            g.texCoords.insert(g.texCoords.end(), {v.u, -v.v});
+        }
+    }
+    std::sort(groups.begin(), groups.end(), [](const SortedGroup& a, const SortedGroup& b) {
+        return std::tie(a.state.cull, a.state.depth, a.state.blend, a.state.material,
+                        a.state.texture) < std::tie(b.state.cull, b.state.depth, b.state.blend,
+                                                    b.state.material, b.state.texture);
+    });
+    return groups;
+}
+
+void handSortedFrame(const std::vector<SortedGroup>& groups, const float* projection) {
+    gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    gl.MatrixMode(GL_PROJECTION);
+    gl.LoadMatrixf(projection);
+    gl.MatrixMode(GL_MODELVIEW);
+    gl.LoadIdentity();
+    const SceneState* last = nullptr;
+    for (const SortedGroup& g : groups) {
+        const SceneState& st = g.state;
+        if (!last || st.cull != last->cull) {
+            if (st.cull == CULL_OFF)
+                gl.Disable(GL_CULL_FACE);
+            else
+                gl.Enable(GL_CULL_FACE);
+        }
+        if (!last || st.depth != last->depth) {
+            if (st.depth == DEPTH_OFF)
+                gl.Disable(GL_DEPTH_TEST);
+            else
+                gl.Enable(GL_DEPTH_TEST);
+        }
+        if (!last || st.blend != last->blend) {
+            if (st.blend == BLEND_OFF) {
+                gl.Disable(GL_BLEND);
+            } else {
+                gl.Enable(GL_BLEND);
+                gl.BlendFunc(GL_SRC_ALPHA, st.blend == BLEND_ADD ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA);
+            }
+        }
+        if (!last || st.material != last->material) {
+            gl.Materialfv(GL_FRONT, GL_AMBIENT, &st.material[0]);
+            gl.Materialfv(GL_FRONT, GL_DIFFUSE, &st.material[4]);
+            gl.Materialfv(GL_FRONT, GL_SPECULAR, &st.material[8]);
+        }
+        if (!last || st.texture != last->texture) {
+            if (st.texture) {
+                if (!last || !last->texture) {
+                    gl.Enable(GL_TEXTURE_2D);
+                    gl.TexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+                    gl.EnableClientState(GL_TEXTURE_COORD_ARRAY);
+                }
+                gl.BindTexture(GL_TEXTURE_2D, st.texture);
+            } else {
+                gl.Disable(GL_TEXTURE_2D);
+                gl.DisableClientState(GL_TEXTURE_COORD_ARRAY);
+            }
+        }
+        last = &st;
+        gl.VertexPointer(3, GL_FLOAT, 0, g.positions.data());
+        gl.NormalPointer(GL_FLOAT, 0, g.normals.data());
+        if (st.texture)
+            gl.TexCoordPointer(2, GL_FLOAT, 0, g.texCoords.data());
+        gl.DrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(g.positions.size() / 3));
+    }
+    gl.DisableClientState(GL_TEXTURE_COORD_ARRAY);
+    gl.Flush();
+    glXSwapBuffers(glXGetCurrentDisplay(), glXGetCurrentDrawable());
+}
+
 // The driver's own projection for this window, as its frames load it.
 std::array<float, 16> driverProjection() {
     GFX_BeginRender();
@@ -261,10 +354,69 @@ void Frame_NaiveHost(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kSubmissions);
 }
 
+void Frame_HandSortedHost(benchmark::State& state) {
+    const Scene& sc = scene();
+    const std::array<float, 16> projection = driverProjection();
+    const std::vector<SortedGroup> groups = sortScene(sc);
+    countStateCalls(state, [&] { handSortedFrame(groups, projection.data()); });
+    for (auto _ : state)
+        handSortedFrame(groups, projection.data());
+    glFinish();
+    GFX_BeginRender();
+    GFX_EndRender();
+    state.SetItemsProcessed(state.iterations() * kSubmissions);
+}
+
+// --- How a frame's cost grows ------------------------------------------------------------------
+
+// Seconds per item: the frame's time divided by what it held.
+benchmark::Counter perItem(double items) {
+    return benchmark::Counter(items, benchmark::Counter::kIsIterationInvariantRate |
+                                         benchmark::Counter::kInvert);
+}
+
+// `n` single triangles, each under the next of the scene's 20 states, so that none merges:
+// every one takes its own batch and walks the tree.
+void Scale_Submissions(benchmark::State& state) {
+    const Scene& sc = scene();
+    const auto n = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        GFX_BeginRender();
+        for (int i = 0; i < n; ++i) {
+            const SceneState& st = sc.stateOf(i);
+            const std::uint32_t keys[4] = {st.cull, st.depth, st.blend, st.texture};
+            Manager3D_StateCommand(STATE_CULL | STATE_DEPTH | STATE_BLEND, keys);
+            Manager3D_StateCommand(STATE_MATERIAL, st.material.data());
+            Manager3D_StateCommand(STATE_TEXTURE, &keys[3]);
+            GFX_DrawPolygon(PRIM_TRIANGLES, 3, &sc.squares[i % kSubmissions][0].x);
+        }
+        GFX_EndRender();
+    }
+    glFinish();
+    state.counters["per_submission"] = perItem(static_cast<double>(n));
+}
+
+// Six-vertex squares under one state, merged into one batch: `n` vertices in all.
+void Scale_MergedVertices(benchmark::State& state) {
+    const Scene& sc = scene();
+    const auto n = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        GFX_BeginRender();
+        for (int v = 0; v + 6 <= n; v += 6)
+            GFX_DrawPolygon(PRIM_TRIANGLES, 6, &sc.squares[(v / 6) % kSubmissions][0].x);
+        GFX_EndRender();
+    }
+    glFinish();
+    state.counters["per_vertex"] = perItem(static_cast<double>(n / 6 * 6));
+}
+
 BENCHMARK(Submit_DrawPolygon)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Submit_PlainCopy)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Frame_Driver)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Frame_NaiveHost)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Frame_HandSortedHost)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Scale_Submissions)->Arg(50)->Arg(150)->Arg(340)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Scale_MergedVertices)->Arg(300)->Arg(3000)->Arg(10902)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -20,6 +20,7 @@ set(NORVGL_CORE_SOURCES
     src/models/mesh_store.cpp
     src/models/objects.cpp
     src/models/vrml_model.cpp
+    src/particles/emitters.cpp
     src/particles/particles.cpp
     src/session/context.cpp
     src/session/frame.cpp
@@ -27,6 +28,7 @@ set(NORVGL_CORE_SOURCES
     src/api/api_queue.cpp
     src/api/api_pictures.cpp
     src/api/api_models.cpp
+    src/api/api_particles.cpp
     src/api/library_entry.cpp
 )
 if(WIN32)

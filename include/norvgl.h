@@ -212,20 +212,30 @@ NORVGL_API int GFX_PrintByProportion(float x, float y, const char* text);
    same arrays twice turns them back). They must stay valid as long as the mesh is drawn. With
    a vertex count above 0, all three arrays are needed and every index must be below the count;
    a null array, a null index array for a non-zero count, more than 65535 indices or an index
-   out of range is refused with ERR_INVALID_PARAMETER before anything is converted.
-   GFX_NewObject of type OBJECT_PARTICLE_SYSTEM returns 1 with ERR_NOT_SUPPORTED in this build. */
+   out of range is refused with ERR_INVALID_PARAMETER before anything is converted. */
 NORVGL_API int GFX_LoadVRML(int unused1, unsigned int length, const char* text, unsigned int* id,
                             int unused2, int unused3, int unused4, float* bounds);
 NORVGL_API int GFX_LoadMeshIndirect(int type, unsigned int count, float* positions, float* normals,
                                     float* texCoords, const unsigned short* indices,
                                     unsigned int indexCount, unsigned int pictureId,
                                     unsigned int* id);
-NORVGL_API int GFX_NewObject(unsigned int* id, int type, const EmitterParams* params);
+/* Particle systems (GFX_NewObject type 1, GFX_SetObjectProperty, GFX_DrawParticleSystem).
+   The library writes into the host's block: it consumes count (the block holds 0 afterwards)
+   and sets the low byte of headMarker. A library holds at most 64 systems from its load on;
+   the 65th GFX_NewObject of type 1 returns 1 with ERR_OUT_OF_MEMORY, and a null id pointer or
+   a count above 65535 returns 1 with ERR_INVALID_PARAMETER: in each case no id is taken and
+   neither the block nor the host's id is written. No system ever has id 0: both
+   GFX_SetObjectProperty and GFX_DrawParticleSystem treat it as an id no system has, which
+   they ignore (result 0). Rebuilding a system frees the records it no longer uses. A particle
+   whose random tumbling axis comes out as zero tumbles about the vertical axis. GFX_UnloadAll
+   keeps every particle system with its id, and no later object is given an id a particle
+   system holds. */
+NORVGL_API int GFX_NewObject(unsigned int* id, int type, EmitterParams* params);
 NORVGL_API int GFX_EndObject(void);
 NORVGL_API int GFX_DrawObject(unsigned int id, float x, float y, float z);
 NORVGL_API int GFX_DrawObjectEx(unsigned int id, float x, float y, float z, int type,
                                 unsigned int mask, const void* values);
-NORVGL_API int GFX_SetObjectProperty(unsigned int id, const EmitterParams* params);
+NORVGL_API int GFX_SetObjectProperty(unsigned int id, EmitterParams* params);
 NORVGL_API int GFX_DrawParticleSystem(unsigned int id, float x, float y, float z);
 
 /* Entries kept for hosts written against older tables: always 0 ... */

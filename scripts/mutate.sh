@@ -35,9 +35,10 @@ unset DISPLAY
 source scripts/xvfb.sh
 
 # The copy: tracked and untracked files that git does not ignore, so uncommitted work counts.
+# Each file gets the time of the copy, so the build never keeps an object of an older text.
 mkdir -p "$tree"
 (cd "$source_tree" && git ls-files -z --cached --others --exclude-standard |
-    tar --null -T - -cf -) | tar -xf - -C "$tree"
+    tar --null -T - -cf -) | tar -xf - --touch -C "$tree"
 cmake -S "$tree" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DNORVGL_WERROR=OFF >/dev/null
 targets=(norvgl norvgl_tests norvgl_alloc_test norvgl_picture_file_tests norvgl_scenario
     norvgl_texconv)

@@ -1,8 +1,9 @@
-// The master switch across the export table: with PROP_ENABLED at 0 every guarded entry
-// returns 0 at once, with no GL call, nothing queued and no error, and the entries that are
-// not guarded still act.
+// The export table as a whole: the types of all 63 entries, and the master switch across
+// them: with PROP_ENABLED at 0 every guarded entry returns 0 at once, with no GL call,
+// nothing queued and no error, and the entries that are not guarded still act.
 #include "core/core.h"
 #include "manager3d/manager3d.h"
+#include "particles/particles.h"
 #include "picture_assets.h"
 #include "pictures/pictures.h"
 #include "support/driver_fixture.h"
@@ -14,10 +15,81 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <type_traits>
 
 using namespace norvgl;
 using norvgl::GlCall;
 using nvtest::GlRecorder;
+
+// The catalogue that hosts compile against: each entry's result and argument types in order.
+// The entries kept for older hosts take any arguments.
+#define NVGL_ENTRY(name, ...) static_assert(std::is_same_v<decltype(name), __VA_ARGS__>, #name);
+using F = float;
+using U = unsigned int;
+NVGL_ENTRY(GFX_GetLastError, void(char*, char*))
+NVGL_ENTRY(GFX_GetProperty, intptr_t(U))
+NVGL_ENTRY(GFX_SetProperty, int(U, intptr_t))
+NVGL_ENTRY(GFX_GetRenderProperty, int(int))
+NVGL_ENTRY(GFX_SetRenderProperty, int(int, int))
+NVGL_ENTRY(GFX_Init, int())
+NVGL_ENTRY(GFX_Destroy, int())
+NVGL_ENTRY(GFX_UnloadAll, int())
+NVGL_ENTRY(GFX_EnumResolutions, int(DisplayModeRecord*))
+NVGL_ENTRY(GFX_SetResolution, int(const DisplayModeRecord*))
+NVGL_ENTRY(GFX_BeginRender, int())
+NVGL_ENTRY(GFX_EndRender, int())
+NVGL_ENTRY(GFX_SetClearColor, int(F, F, F, F))
+NVGL_ENTRY(GFX_LockRenderState, int(U, const void*))
+NVGL_ENTRY(GFX_UnlockRenderState, void())
+NVGL_ENTRY(GFX_LockRenderMesh, void(U))
+NVGL_ENTRY(GFX_UnlockRenderMesh, void())
+NVGL_ENTRY(GFX_Translate, void(F, F, F))
+NVGL_ENTRY(GFX_Rotate, void(F, F, F, F))
+NVGL_ENTRY(GFX_Scale, void(F, F, F))
+NVGL_ENTRY(GFX_Look, void(F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_Untransform, int(U))
+NVGL_ENTRY(GFX_DrawPolygon, int(int, U, const float*))
+NVGL_ENTRY(GFX_DrawIndexedPolygon, int(int, U, const float*, U, const unsigned short*))
+NVGL_ENTRY(GFX_DrawBillboard, int(const float*, F))
+NVGL_ENTRY(GFX_AddLight, int(U, int, F, F, F))
+NVGL_ENTRY(GFX_SetLightPosition, int(U, F, F, F))
+NVGL_ENTRY(GFX_SetLightColor, int(U, F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_RemoveLight, int(U))
+NVGL_ENTRY(GFX_SetMaterialColorEx, int(F, F, F, F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_SetMaterialColor, int(F, F, F, F, F, F, F, F, F))
+NVGL_ENTRY(GFX_LoadPicture, int(const char*, const void*, U, U*, U))
+NVGL_ENTRY(GFX_GetPictureDimensions, int(U, U*, U*, U*))
+NVGL_ENTRY(GFX_DrawPicture, int(U, int, int, int, int))
+NVGL_ENTRY(GFX_DrawPictureByProportion, int(U, F, F, F, F))
+NVGL_ENTRY(GFX_SelectTexture, int(U))
+NVGL_ENTRY(GFX_SetFontSize, int(F, F))
+NVGL_ENTRY(GFX_SetFontBitmap, int(U))
+NVGL_ENTRY(GFX_BeginText, int())
+NVGL_ENTRY(GFX_EndText, int())
+NVGL_ENTRY(GFX_PrintByProportion, int(F, F, const char*))
+NVGL_ENTRY(GFX_LoadVRML, int(int, U, const char*, U*, int, int, int, float*))
+NVGL_ENTRY(GFX_LoadMeshIndirect,
+           int(int, U, float*, float*, float*, const unsigned short*, U, U, U*))
+NVGL_ENTRY(GFX_NewObject, int(U*, int, EmitterParams*))
+NVGL_ENTRY(GFX_EndObject, int())
+NVGL_ENTRY(GFX_DrawObject, int(U, F, F, F))
+NVGL_ENTRY(GFX_DrawObjectEx, int(U, F, F, F, int, U, const void*))
+NVGL_ENTRY(GFX_SetObjectProperty, int(U, EmitterParams*))
+NVGL_ENTRY(GFX_DrawParticleSystem, int(U, F, F, F))
+NVGL_ENTRY(GFX_Print, int(...))
+NVGL_ENTRY(GFX_Resize, int(...))
+NVGL_ENTRY(GFX_SetBlitArea, int(...))
+NVGL_ENTRY(GFX_LoadIndexedMesh, int(...))
+NVGL_ENTRY(GFX_AddRenderWindow, int(...))
+NVGL_ENTRY(GFX_GetAvailableDevices, int(...))
+NVGL_ENTRY(GFX_GetRenderState, int(...))
+NVGL_ENTRY(GFX_GetRenderWindow, int(...))
+NVGL_ENTRY(GFX_RemoveRenderWindow, int(...))
+NVGL_ENTRY(GFX_SetDevice, int(...))
+NVGL_ENTRY(GFX_SetRenderState, int(...))
+NVGL_ENTRY(GFX_SetRenderWindow, int(...))
+NVGL_ENTRY(GFX_TestRenderState, int(...))
+NVGL_ENTRY(GFX_UnloadPicture, int(...))
 
 namespace {
 
@@ -30,6 +102,7 @@ struct Snapshot {
     std::int32_t typeOverride;
     std::int32_t lastError;
     std::int32_t renderProperties[kRenderPropertyCount];
+    bool particlesRequested;
     bool operator==(const Snapshot&) const = default;
 };
 
@@ -38,7 +111,8 @@ Snapshot snapshot() {
                m3d.batchCursor,      m3d.stateCursor,  m3d.currentNode,
                m3d.currentMatrix,    m3d.nextMatrix,   m3d.projectionIndex,
                m3d.screenSpaceDepth, m3d.savedCount,   m3d.stateLocked,
-               m3d.typeOverride,     driver.lastError, {}};
+               m3d.typeOverride,     driver.lastError, {},
+               particles.drawPending};
     std::memcpy(s.renderProperties, driver.renderProperties, sizeof s.renderProperties);
     return s;
 }
@@ -57,9 +131,12 @@ protected:
         ASSERT_EQ(GFX_LoadVRML(0, static_cast<unsigned>(text.size()), text.c_str(), &model, 0, 0, 0,
                                nullptr),
                   0);
+        EmitterParams emitter = {};
+        ASSERT_EQ(Particle_NewObject(&particleSystem, &emitter), 0);
     }
     unsigned int picture = 0;
     unsigned int model = 0;
+    std::uint32_t particleSystem = 0;
 };
 
 struct Guarded {
@@ -75,6 +152,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
     const std::uint32_t blend = BLEND_ALPHA;
     const unsigned int id = picture;
     const unsigned int object = model;
+    const unsigned int system = particleSystem;
     const Guarded rows[] = {
         {"GFX_BeginRender", [] { return GFX_BeginRender(); }, {}},
         {"GFX_EndRender", [] { return GFX_EndRender(); }, {}},
@@ -112,6 +190,7 @@ TEST_F(ExportsTest, GuardedEntriesDoNothingWhileDisabled) {
         {"GFX_DrawObjectEx",
          [=] { return GFX_DrawObjectEx(object, 1, 2, 3, PRIM_POINTS, STATE_TEXTURE, nullptr); },
          {}},
+        {"GFX_DrawParticleSystem", [=] { return GFX_DrawParticleSystem(system, 0, 0, 50); }, {}},
     };
     for (const Guarded& row : rows) {
         if (row.prepare)
@@ -146,7 +225,8 @@ TEST_F(ExportsTest, PartlyGuardedEntriesKeepOnlyTheirUnguardedPart) {
     GFX_SetProperty(PROP_ENABLED, 1);
 }
 
-// Lights, fonts, loading, objects and the property calls are not guarded.
+// Lights, fonts, loading, objects, particle systems' blocks and the property calls are not
+// guarded.
 TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     GFX_SetProperty(PROP_ENABLED, 0);
     EXPECT_EQ(GFX_AddLight(3, 0, 0, 0, 0), 0);
@@ -174,6 +254,10 @@ TEST_F(ExportsTest, UnguardedEntriesActWhileDisabled) {
     EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList}),
               (std::vector<std::string>{"glNewList(" + std::to_string(object) + ", 4864)",
                                         "glEndList()"}));
+    EmitterParams rebuild = {};
+    rebuild.count = 2;
+    EXPECT_EQ(GFX_SetObjectProperty(particleSystem, &rebuild), 0);
+    EXPECT_EQ(rebuild.count, 0u);
     EXPECT_EQ(GFX_GetProperty(PROP_ENABLED), 0);
     GFX_SetProperty(PROP_ENABLED, 1);
 }

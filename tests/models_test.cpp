@@ -310,7 +310,9 @@ TEST_F(ModelsTest, HostMeshesAreConvertedInPlaceAndRefusedWholeWhenBad) {
     EXPECT_EQ(id, 3u); // the refusals left no gap
 }
 
-TEST_F(ModelsTest, HostMeshFailsOnlyWhileTheFrameHasCopiedGeometry) {
+// A mesh starts only in an empty vertex heap: a host mesh is refused while the frame holds
+// copied geometry, a model then gets its id but no mesh, and the frame's geometry stays.
+TEST_F(ModelsTest, MeshesStartOnlyWhileTheFrameHasNoCopiedGeometry) {
     float p[3] = {0, 0, 10}, n[3] = {0, 0, -1}, t[2] = {0, 0};
     const auto tri = nvtest::triangle(0, 0, 10, 1);
     unsigned id = 0;
@@ -319,9 +321,13 @@ TEST_F(ModelsTest, HostMeshFailsOnlyWhileTheFrameHasCopiedGeometry) {
     GFX_DrawPolygon(PRIM_TRIANGLES, 3, nvtest::floats(tri));
     EXPECT_EQ(GFX_LoadMeshIndirect(PRIM_POINTS, 1, p, n, t, nullptr, 0, 0, &id), 1);
     EXPECT_EQ(id, 1u);
+    const std::uint32_t model = load(crlf({faceSet("F", "0 0 0, 1 0 0, 0 1 0", "0 1 2 -1")}));
+    EXPECT_EQ(model, 2u);
+    EXPECT_EQ(MeshStore_Find(model), nullptr);
+    EXPECT_EQ(m3d.positionCursor, 9u);
     GFX_EndRender();
     EXPECT_EQ(GFX_LoadMeshIndirect(PRIM_POINTS, 1, p, n, t, nullptr, 0, 0, &id), 0);
-    EXPECT_EQ(id, 2u);
+    EXPECT_EQ(id, 3u);
 }
 
 TEST_F(ModelsTest, IdsRunWithoutGapsAndSkipWhatMeshesHoldAfterUnloading) {
@@ -337,11 +343,9 @@ TEST_F(ModelsTest, IdsRunWithoutGapsAndSkipWhatMeshesHoldAfterUnloading) {
     EXPECT_EQ(rec.texts({GlCall::NewList, GlCall::EndList, GlCall::Disable}),
               (std::vector<std::string>{"glNewList(1, 4864)", "glEndList()", "glNewList(2, 4864)",
                                         "glDisable(3553)", "glEndList()"}));
-    // Other types do nothing; particle systems are not available yet.
+    // Other types do nothing.
     unsigned untouched = 77;
     EXPECT_EQ(GFX_NewObject(&untouched, 2, nullptr), 0);
-    EXPECT_EQ(GFX_NewObject(&untouched, OBJECT_PARTICLE_SYSTEM, nullptr), 1);
-    EXPECT_EQ(driver.lastError, ERR_NOT_SUPPORTED);
     EXPECT_EQ(GFX_NewObject(nullptr, OBJECT_DISPLAY_LIST, nullptr), 1);
     EXPECT_EQ(untouched, 77u);
 

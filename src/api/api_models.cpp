@@ -3,6 +3,7 @@
 #include "core/core.h"
 #include "core/messages.h"
 #include "models/models.h"
+#include "particles/particles.h"
 
 using namespace norvgl;
 
@@ -20,11 +21,9 @@ int GFX_LoadMeshIndirect(int type, unsigned int count, float* positions, float* 
                             pictureId, id);
 }
 
-int GFX_NewObject(unsigned int* id, int type, const EmitterParams*) {
-    if (type == OBJECT_PARTICLE_SYSTEM) {
-        ReportError(ERR_NOT_SUPPORTED, kParticleSystemsUnavailable);
-        return 1;
-    }
+int GFX_NewObject(unsigned int* id, int type, EmitterParams* params) {
+    if (type == OBJECT_PARTICLE_SYSTEM)
+        return Particle_NewObject(id, params);
     return NewObject(id, type);
 }
 

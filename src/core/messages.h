@@ -76,6 +76,7 @@ inline constexpr char kIndexOutOfRange[] =
 inline constexpr char kNullIdPointer[] = "object id pointer is NULL";
 inline constexpr char kNullVrmlText[] = "VRML text pointer is NULL";
 inline constexpr char kNullMeshArray[] = "mesh %s array is NULL for %u vertices";
+inline constexpr char kParticleCountTooLarge[] = "particle count %u is above %u";
 
 // Models, meshes and objects.
 inline constexpr char kLoadMeshIndirectFailed[] = "LoadMeshIndirect failed";
@@ -85,7 +86,10 @@ inline constexpr char kVrmlTooLarge[] = "VRML text counts more than %u entries o
 inline constexpr char kVrmlNoMemory[] = "the VRML reader's nodes or lists";
 inline constexpr char kModelNoMemory[] = "the mesh records or arrays of a VRML model";
 inline constexpr char kMeshNoMemory[] = "the mesh records of a host mesh";
-inline constexpr char kParticleSystemsUnavailable[] =
-    "particle systems are not available in this build";
+
+// Particle systems (detail texts of ERR_OUT_OF_MEMORY).
+inline constexpr char kEmitterTableFull[] = "all %u particle system slots are taken";
+inline constexpr char kParticleRecordRefused[] =
+    "particle record %u of system %u could not be allocated";
 
 } // namespace norvgl

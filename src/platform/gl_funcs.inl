@@ -16,6 +16,8 @@ NVGL_GL(void, Clear, (GLbitfield mask), (mask))
 NVGL_GL(void, ClearColor, (GLclampf r, GLclampf g, GLclampf b, GLclampf a), (r, g, b, a))
 NVGL_GL(void, ClearDepth, (GLclampd depth), (depth))
 NVGL_GL(void, Color4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g, b, a))
+NVGL_GL(void, ColorPointer, (GLint size, GLenum type, GLsizei stride, const GLvoid* pointer),
+        (size, type, stride, pointer))
 NVGL_GL(void, DeleteLists, (GLuint list, GLsizei range), (list, range))
 NVGL_GL(void, DeleteTextures, (GLsizei n, const GLuint* textures), (n, textures))
 NVGL_GL(void, DepthFunc, (GLenum func), (func))

@@ -15,9 +15,9 @@ namespace norvgl {
 namespace {
 
 // Whether a live object still holds an id, so that issuing skips it: a mesh (a VRML model's
-// or the host's) outlives GFX_UnloadAll, which restarts the count.
+// or the host's) and a particle system outlive GFX_UnloadAll, which restarts the count.
 bool objectIdHeld(std::uint32_t id) {
-    return MeshStore_Find(id) != nullptr;
+    return MeshStore_Find(id) != nullptr || Particle_HoldsId(id);
 }
 
 } // namespace
@@ -28,6 +28,7 @@ void attachLibrary() {
     Models_Reset();
     Manager3D_Reset();
     Pictures_Reset();
+    Particle_Reset();
     Manager3D_SetParticlePass(Particle_DrawAll);
     SetObjectIdHeldCheck(objectIdHeld);
 }

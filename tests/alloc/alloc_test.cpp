@@ -7,6 +7,7 @@
 #include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "models/models.h"
+#include "particles/particles.h"
 #include "platform/gl_table.h"
 #include "support/driver_fixture.h"
 #include "support/scene.h"
@@ -143,8 +144,8 @@ protected:
 };
 
 // One frame with every kind of work a host does between GFX_BeginRender and GFX_EndRender;
-// `objects` are drawn in it.
-void mixedFrame(int frame, const std::vector<unsigned>& objects = {}) {
+// `objects` and a particle system are drawn in it.
+void mixedFrame(int frame, std::uint32_t particleSystem, const std::vector<unsigned>& objects) {
     using nvtest::floats;
     static const auto square = nvtest::square(0, 0, 20, 2);
     static const auto tri = nvtest::triangle(1, 1, 25, 1);
@@ -181,6 +182,7 @@ void mixedFrame(int frame, const std::vector<unsigned>& objects = {}) {
     GFX_LockRenderMesh(PRIM_POINTS);
     GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(square));
     GFX_SetRenderProperty(RPROP_DEPTH_TEST, frame % 2);
+    GFX_DrawParticleSystem(particleSystem, 0, 0, 40);
     GFX_EndRender();
 }
 
@@ -219,12 +221,20 @@ TEST_F(AllocationTest, HundredsOfMixedFramesAllocateNothing) {
     wrapGlTable();
     GFX_AddLight(0, 0, 0, 0, -1);
     GFX_SetLightColor(0, 0.2f, 0.2f, 0.2f, 1, 1, 1, 0, 0, 0);
-    mixedFrame(0, objects); // the first frame may settle the system's own state
+    // Short-lived looping particles, so that frames respawn some of them.
+    EmitterParams emitter = {};
+    emitter.count = 299;
+    emitter.flags = PF_LOOP;
+    emitter.sizeMax = emitter.speedMax = 1;
+    emitter.ageStepMin = emitter.ageStepMax = 0.4f;
+    std::uint32_t particleSystem = 0;
+    ASSERT_EQ(norvgl::Particle_NewObject(&particleSystem, &emitter), 0);
+    mixedFrame(0, particleSystem, objects); // the first frame may settle the system's own state
 
     allocations = 0;
     counting = true;
     for (int frame = 1; frame <= 120; ++frame)
-        mixedFrame(frame, objects);
+        mixedFrame(frame, particleSystem, objects);
     counting = false;
     EXPECT_EQ(allocations, 0);
 }

@@ -30,7 +30,8 @@ namespace {
     X(GFX_DrawBillboard) X(GFX_LoadPicture) X(GFX_DrawPicture) X(GFX_SelectTexture)              \
     X(GFX_SetFontBitmap) X(GFX_SetFontSize) X(GFX_BeginText) X(GFX_EndText)                       \
     X(GFX_PrintByProportion) X(GFX_LoadVRML) X(GFX_LoadMeshIndirect) X(GFX_NewObject)           \
-    X(GFX_EndObject) X(GFX_DrawObject) X(GFX_DrawObjectEx)
+    X(GFX_EndObject) X(GFX_DrawObject) X(GFX_DrawObjectEx) X(GFX_SetObjectProperty)           \
+    X(GFX_DrawParticleSystem)
 // clang-format on
 
 struct Driver {
@@ -156,6 +157,10 @@ void everyDrawingCall(Driver& gfx) {
     meshes.load(gfx);
     gfx.GFX_NewObject(&object, OBJECT_DISPLAY_LIST, nullptr);
     gfx.GFX_EndObject();
+    EmitterParams sparks = {}; // particles of size 0: nothing to see when a later frame draws
+    sparks.count = 5;
+    unsigned particles = 0;
+    EXPECT_EQ(gfx.GFX_NewObject(&particles, OBJECT_PARTICLE_SYSTEM, &sparks), 0);
     EXPECT_EQ(gfx.GFX_SetClearColor(0.5f, 0.5f, 0.5f, 1.0f), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 1), 0);
@@ -184,6 +189,7 @@ void everyDrawingCall(Driver& gfx) {
     gfx.GFX_PrintByProportion(0.1f, 0.1f, "AB");
     gfx.GFX_EndText();
     meshes.draw(gfx);
+    EXPECT_EQ(gfx.GFX_DrawParticleSystem(particles, 0, 0, 50), 0);
     EXPECT_EQ(gfx.GFX_EndRender(), 0);
     EXPECT_EQ(gfx.GFX_UnloadAll(), 0);
     EXPECT_EQ(gfx.GFX_SetRenderProperty(RPROP_CULLING, 0), 0);
@@ -336,6 +342,26 @@ const HostileOrder kHostileOrders[] = {
          EXPECT_EQ(host.gfx.GFX_LoadPicture(pipe.path().c_str(), nullptr, 0, &id, 0), 1);
          EXPECT_EQ(id, 77u);
          EXPECT_EQ(host.lastErrorTitle(), "File not found");
+     }},
+    {"ParticleSystemRebuiltAndLeftRequestedAcrossDestroy",
+     [](Host& host) {
+         Driver& gfx = host.gfx;
+         host.init();
+         EmitterParams block = {}; // size 0 throughout
+         block.count = 40;
+         block.flags = PF_SHARDS | PF_LOOP;
+         unsigned id = 0;
+         ASSERT_EQ(gfx.GFX_NewObject(&id, OBJECT_PARTICLE_SYSTEM, &block), 0);
+         for (unsigned count : {100u, 0u, 3u, 70000u}) {
+             block.count = count;
+             gfx.GFX_SetObjectProperty(id, &block);
+         }
+         gfx.GFX_SetObjectProperty(id, nullptr);
+         gfx.GFX_BeginRender();
+         gfx.GFX_DrawParticleSystem(id, 0, 0, 50);
+         EXPECT_EQ(gfx.GFX_Destroy(), 0);
+         host.attached = false;
+         gfx.GFX_EndRender();
      }},
     {"EverythingTwice",
      [](Host& host) {
