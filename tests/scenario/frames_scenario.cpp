@@ -43,15 +43,10 @@ GLenum depthFunction() {
 class Frames : public WindowScenario {
 protected:
     // Clears colour and depth, then opens a frame of the near-to-far phase: after a depth
-    // clear, a frame of the other phase would pass no fragment at all. A frame of the wrong
-    // phase is closed empty first.
+    // clear, a frame of the other phase would pass no fragment at all.
     static void freshFrame() {
         GFX_SetRenderProperty(RPROP_CLEAR_COLOR, GFX_GetRenderProperty(RPROP_CLEAR_COLOR));
-        GFX_BeginRender();
-        if (depthFunction() != GL_LESS) {
-            GFX_EndRender();
-            GFX_BeginRender();
-        }
+        beginNearToFarFrame();
     }
 
     // A white directional light along the view: lit colour is the material's diffuse colour.

@@ -2,6 +2,7 @@
 // also writes results.txt there: one line per test with its outcome, for the comparison of
 // one system's run with the other's.
 #include "scenario.h"
+#include "scenario_gl.h"
 
 #include "picture_assets.h"
 
@@ -104,6 +105,16 @@ void WindowScenario::TearDown() {
     GFX_Destroy();
     window_.reset();
     GFX_SetProperty(PROP_WINDOW, 0);
+}
+
+void WindowScenario::beginNearToFarFrame() {
+    GFX_BeginRender();
+    GLint function = 0;
+    glGetIntegerv(GL_DEPTH_FUNC, &function);
+    if (function != GL_LESS) {
+        GFX_EndRender();
+        GFX_BeginRender();
+    }
 }
 
 Image WindowScenario::endFrame() {
