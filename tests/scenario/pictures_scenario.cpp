@@ -394,7 +394,8 @@ TEST_F(OddWindow, PictureRectanglesUseWholePixelHalves) {
     GFX_BeginRender();
     GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0); // whichever depth phase this frame is in
     EXPECT_EQ(GFX_DrawPicture(red, 160, 120, 320, 240), 0);
-    // From 160 / 320 x 320.5 = 160.25 to 480.75, and 120.25 to 360.75 down.
+    // With halves of 320 and 240 it spans 160.25 to 480.75 across and 120.25 to 360.75 down;
+    // exact halves of 320.5 and 240.5 would end it a pixel sooner.
     expectRedRectangle(endFrame(), 160, 120, 481, 361);
 }
 
