@@ -216,25 +216,21 @@ TEST_F(Frames, AlphaAndAdditiveBlending) {
 }
 
 TEST_F(Frames, LitTriangleFollowsAddLightAndSetLightColor) {
-    const auto tri = triangle(0, 0, 100, 20);
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_EQ(endFrame().at(320, 240), kWhite); // unlit: plain colour
-
+    // The centre of a white triangle facing the viewer, in a frame of its own.
+    const auto centre = [this] {
+        const auto tri = triangle(0, 0, 100, 20);
+        freshFrame();
+        diffuse(1, 1, 1);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
+        return endFrame().at(320, 240);
+    };
+    EXPECT_EQ(centre(), kWhite); // unlit: plain colour
     frontLight();
     EXPECT_EQ(GFX_SetLightColor(0, 0, 0, 0, 0.5f, 0.25f, 0.75f, 0, 0, 0), 0);
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_TRUE(looksLike(endFrame().at(320, 240), 128, 64, 191));
-
+    EXPECT_TRUE(looksLike(centre(), 128, 64, 191));
     // A new light starts full white; from behind the triangle it leaves the front dark.
     EXPECT_EQ(GFX_AddLight(0, 1, 0, 0, 1), 0);
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_EQ(endFrame().at(320, 240), kBlack);
+    EXPECT_EQ(centre(), kBlack);
 }
 
 TEST_F(Frames, ClearColorPropertyClearsNowAndAtEveryFrameStart) {
