@@ -111,22 +111,6 @@ TEST(BitmapDecoder, AHeaderLongerThan40BytesMovesTheBitsAlongWithIt) {
     EXPECT_EQ(decode(file, 1, 1).at(0, 0), rgb(0x30, 0x20, 0x10));
 }
 
-TEST(BitmapDecoder, TwentyFourBitRowsInBothOrdersGiveTheSameImage) {
-    RgbImage image{3,
-                   2,
-                   {rgb(255, 0, 0), rgb(0, 255, 0), rgb(0, 0, 255), rgb(1, 2, 3), rgb(0, 0, 0),
-                    rgb(250, 251, 252)}};
-    const Decoded up = decode(writeColorBitmap(image, 24, false), 3, 2);
-    const Decoded down = decode(writeColorBitmap(image, 24, true), 3, 2);
-    ASSERT_EQ(up.result, BitmapResult::Ok);
-    ASSERT_EQ(down.result, BitmapResult::Ok);
-    EXPECT_EQ(up.pixels(), image.pixels);
-    EXPECT_EQ(down.pixels(), image.pixels);
-    // Stored as a bottom-up 32-bit DIB: blue, green, red, 0, bottom row first.
-    EXPECT_EQ(std::vector<int>(up.raw.begin(), up.raw.begin() + 8),
-              (std::vector<int>{3, 2, 1, 0, 0, 0, 0, 0}));
-}
-
 TEST(BitmapDecoder, PaletteDepthsAndNibbleOrder) {
     const auto palette = testPalette();
     for (int bits : {4, 8}) {

@@ -27,7 +27,7 @@ TEST_F(TransformTest, TranslateScaleAndRotateNegateZOnTheWay) {
               (std::vector<std::string>{"glTranslatef(1, 2, -3)", "glScalef(1, 2, 3)"}));
     const auto rotate = rec.only({GlCall::Rotatef});
     ASSERT_EQ(rotate.size(), 1u);
-    EXPECT_EQ(static_cast<float>(rotate[0].args[0]), 180.00015258789062f);
+    EXPECT_NEAR(rotate[0].args[0], 180.0, 1e-3); // radians in, degrees to GL
     EXPECT_EQ(rotate[0].args[3], -1.0);
     EXPECT_EQ(m3d.currentMatrix, 4u); // a slot each
 }
