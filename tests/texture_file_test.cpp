@@ -53,16 +53,10 @@ TEST(TextureFile, TexelConversionsOfBothFormats) {
     EXPECT_EQ(convertOne(false, 0xFF, 0xE3), convertOne(false, 0x12, 0xE3));
 }
 
+// A wide one is read level by level below; a tall one of one level here.
 TEST(TextureFile, SizesFollowLodRangeAndAspect) {
     TdfHeader header;
-    auto h = bytesOf(tdfHeader(true, 1, 256, 2, 1));
-    ASSERT_EQ(parseTdfHeader(h.data(), h.size(), header), TdfResult::Ok);
-    EXPECT_EQ(header.width, 256);
-    EXPECT_EQ(header.height, 128);
-    EXPECT_EQ(header.levelCount, 8);
-    EXPECT_EQ(header.dataOffset, h.size());
-
-    h = bytesOf(tdfHeader(false, 128, 256, 1, 2));
+    const auto h = bytesOf(tdfHeader(false, 128, 256, 1, 2));
     ASSERT_EQ(parseTdfHeader(h.data(), h.size(), header), TdfResult::Ok);
     EXPECT_EQ(header.format, TdfFormat::Argb8332);
     EXPECT_EQ(header.width, 128);
