@@ -8,7 +8,6 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/Xrandr.h>
 
-#include <cstring>
 
 using nvtest::DriverTest;
 
@@ -79,36 +78,36 @@ TEST_F(DriverTest, HostHandlerInstalledLaterGetsOnlyItsOwnErrorsAndTheDriverSurv
     XSetErrorHandler(before);
 }
 
-// The mode of the screen's first output now.
+// The screen's first output and its CRTC as they are now.
+struct FirstOutput {
+    explicit FirstOutput(Display* display)
+        : resources(XRRGetScreenResourcesCurrent(display, DefaultRootWindow(display))),
+          output(XRRGetOutputInfo(display, resources, resources->outputs[0])),
+          crtc(XRRGetCrtcInfo(display, resources, output->crtc)) {}
+    ~FirstOutput() {
+        XRRFreeCrtcInfo(crtc);
+        XRRFreeOutputInfo(output);
+        XRRFreeScreenResources(resources);
+    }
+    XRRScreenResources* resources;
+    XRROutputInfo* output;
+    XRRCrtcInfo* crtc;
+};
+
 RRMode currentMode(Display* display) {
-    XRRScreenResources* resources =
-        XRRGetScreenResourcesCurrent(display, DefaultRootWindow(display));
-    XRROutputInfo* output = XRRGetOutputInfo(display, resources, resources->outputs[0]);
-    XRRCrtcInfo* crtc = XRRGetCrtcInfo(display, resources, output->crtc);
-    const RRMode mode = crtc->mode;
-    XRRFreeCrtcInfo(crtc);
-    XRRFreeOutputInfo(output);
-    XRRFreeScreenResources(resources);
-    return mode;
+    return FirstOutput(display).crtc->mode;
 }
 
 void setMode(Display* display, RRMode mode) {
-    XRRScreenResources* resources =
-        XRRGetScreenResourcesCurrent(display, DefaultRootWindow(display));
-    RROutput outputId = resources->outputs[0];
-    XRROutputInfo* output = XRRGetOutputInfo(display, resources, outputId);
-    XRRCrtcInfo* crtc = XRRGetCrtcInfo(display, resources, output->crtc);
-    XRRSetCrtcConfig(display, resources, output->crtc, CurrentTime, crtc->x, crtc->y, mode,
-                     crtc->rotation, &outputId, 1);
-    XRRFreeCrtcInfo(crtc);
-    XRRFreeOutputInfo(output);
-    XRRFreeScreenResources(resources);
+    const FirstOutput first(display);
+    XRRSetCrtcConfig(display, first.resources, first.output->crtc, CurrentTime, first.crtc->x,
+                     first.crtc->y, mode, first.crtc->rotation, first.resources->outputs, 1);
 }
 
 // A mode of 800 x 600 offered by the screen's output while the host's connection lives.
 RRMode addMode(Display* display) {
-    XRRModeInfo info = {};
     char name[] = "norvgl-800x600";
+    XRRModeInfo info = {};
     info.width = 800;
     info.height = 600;
     info.dotClock = 40000000;
@@ -119,12 +118,9 @@ RRMode addMode(Display* display) {
     info.vSyncEnd = 605;
     info.vTotal = 628;
     info.name = name;
-    info.nameLength = static_cast<unsigned>(std::strlen(name));
+    info.nameLength = sizeof name - 1;
     const RRMode mode = XRRCreateMode(display, DefaultRootWindow(display), &info);
-    XRRScreenResources* resources =
-        XRRGetScreenResourcesCurrent(display, DefaultRootWindow(display));
-    XRRAddOutputMode(display, resources->outputs[0], mode);
-    XRRFreeScreenResources(resources);
+    XRRAddOutputMode(display, FirstOutput(display).resources->outputs[0], mode);
     XSync(display, False);
     return mode;
 }

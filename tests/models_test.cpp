@@ -361,6 +361,8 @@ TEST_F(ModelsTest, IdsRunWithoutGapsAndSkipWhatMeshesHoldAfterUnloading) {
     EXPECT_EQ((std::vector<unsigned>(ids + 3, ids + 5)), (std::vector<unsigned>{1, 4}));
     EXPECT_NE(MeshStore_Find(2), nullptr);
     EXPECT_NE(MeshStore_Find(3), nullptr);
+    driver.objectIdCounter = 0xFFFFFFFFu; // the count wraps past 0
+    EXPECT_EQ(load(crlf({})), 1u);
 }
 
 class ObjectDrawTest : public ModelsTest {

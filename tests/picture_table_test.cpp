@@ -1,5 +1,6 @@
 // Picture table: ids, bounded names, lookups by id and name, dimensions, texture selection,
-// the box filter of mip levels, and emptying the table with GFX_UnloadAll.
+// emptying the table with GFX_UnloadAll, and the font and text mode that draw from it. Where
+// glyphs land is checked on the window by the scenario program.
 #include "core/core.h"
 #include "manager3d/manager3d.h"
 #include "pictures/pictures.h"
@@ -16,11 +17,6 @@ namespace {
 
 class PictureTableTest : public nvtest::WindowTest {
 protected:
-    void SetUp() override {
-        WindowTest::SetUp();
-        pictures = {}; // as at library load
-        font = {};
-    }
     // What a reader leaves in the next record before registering it.
     static std::uint32_t add(const char* name, bool asPixels = false) {
         PictureRecord& record = nextPictureRecord();
@@ -34,20 +30,6 @@ protected:
         return RegisterPicture(name);
     }
 };
-
-TEST(BoxFilter, HalveRgbAveragesBlocksRoundingDownAndDropsOddEdges) {
-    // 3 x 3 pixels: only the top-left 2 x 2 block counts.
-    std::uint8_t image[27];
-    std::memset(image, 200, sizeof image);
-    const std::uint8_t block[4][3] = {{10, 0, 255}, {11, 1, 255}, {12, 2, 255}, {14, 4, 254}};
-    for (int i = 0; i < 4; ++i)
-        std::memcpy(image + (i / 2) * 9 + (i % 2) * 3, block[i], 3);
-    HalveRgb(image, 3, 3);
-    EXPECT_EQ(image[0], 11);  // 47 / 4
-    EXPECT_EQ(image[1], 1);   // 7 / 4
-    EXPECT_EQ(image[2], 254); // 1019 / 4
-    EXPECT_EQ(image[3], 11);  // the rest of the buffer keeps what it held
-}
 
 TEST_F(PictureTableTest, IdsInOrderBoundedNamesAndLookupByName) {
     EXPECT_EQ(FindPictureTexture("particle.bmp"), 0u); // empty table
@@ -119,6 +101,55 @@ TEST_F(PictureTableTest, UnloadAllDeletesTheTexturesAndReleasesPixels) {
     EXPECT_EQ(pictures.table[2].pixels, nullptr);
     EXPECT_EQ(GFX_SetFontBitmap(1), 1); // id 1 no longer exists
     EXPECT_EQ(add("again.bmp"), 1u);
+}
+
+// Text mode: the font's texture, depth off, white material, a screen-space projection; the
+// host's state and projection come back at its end.
+TEST_F(PictureTableTest, TextModeSelectsItsStateAndRestoresTheHosts) {
+    GFX_BeginRender();
+    StateNode* host = m3d.currentNode;
+    const std::uint32_t hostProjection = m3d.projectionIndex;
+    EXPECT_EQ(GFX_BeginText(), 0);
+    const StateNode* text = m3d.currentNode;
+    EXPECT_EQ(text->depthMode, DEPTH_OFF);
+    EXPECT_EQ(text->cullMode, host->cullMode);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(text->specular[i], 1.0f);
+    EXPECT_EQ(text->texture, 0xFFFF); // no font chosen: low 16 bits of the unset id
+    EXPECT_EQ(m3d.projectionIndex, hostProjection + 1);
+    EXPECT_EQ(GFX_EndText(), 0);
+    EXPECT_EQ(m3d.currentNode, host);
+    EXPECT_EQ(m3d.projectionIndex, hostProjection);
+
+    // Without textures text mode is off, while glyphs still queue under the host's state.
+    GFX_SetProperty(PROP_NO_TEXTURES, 1);
+    GFX_BeginText();
+    EXPECT_EQ(m3d.currentNode, host);
+    GFX_PrintByProportion(0, 0, "A");
+    GFX_EndText();
+    GFX_SetProperty(PROP_NO_TEXTURES, 0);
+    EXPECT_EQ(m3d.savedCount, 0u);
+    EXPECT_EQ(host->vertexBatches->count, 6u);
+    GFX_EndRender();
+}
+
+TEST_F(PictureTableTest, FontMustBeALoadedPictureAndBindsItsTexture) {
+    EXPECT_EQ(GFX_SetFontBitmap(0), 0);
+    EXPECT_EQ(GFX_SetFontBitmap(1), 1);
+    EXPECT_EQ(driver.lastError, ERR_INVALID_PARAMETER);
+    EXPECT_EQ(font.fontPicture, 0u);
+    // A picture held as pixels takes no texture name, so the font's name is not its id.
+    add("big.bmp", true);
+    const std::uint32_t id = add("font.bmp");
+    ASSERT_EQ(GFX_SetFontBitmap(id), 0);
+    GFX_BeginRender();
+    GFX_BeginText();
+    EXPECT_EQ(m3d.currentNode->texture, PictureTexture(id));
+    EXPECT_NE(PictureTexture(id), id);
+    GFX_EndText();
+    GFX_EndRender();
+    GFX_UnloadAll(); // the font setting outlives the pictures
+    EXPECT_EQ(font.fontPicture, 2u);
 }
 
 } // namespace

@@ -124,20 +124,3 @@ TEST(Header, IsUsableFromCOfEveryStandard) {
     EXPECT_EQ(norvgl_header_is_c17(), 1);
     EXPECT_EQ(norvgl_header_is_c23(), 1);
 }
-
-// Ids skip 0 and whatever a live mesh or particle system holds; a failed load gives its id
-// back, and only the one issued last.
-TEST_F(DriverTest, ObjectIdsSkipHeldIdsAndAFailedLoadLeavesNoGap) {
-    static const auto heldThreeAndFour = [](std::uint32_t id) { return id == 3 || id == 4; };
-    SetObjectIdHeldCheck(+heldThreeAndFour);
-    EXPECT_EQ(IssueObjectId(), 1u);
-    EXPECT_EQ(IssueObjectId(), 2u);
-    EXPECT_EQ(IssueObjectId(), 5u);
-    ReturnObjectId(2); // not the last: stays issued
-    EXPECT_EQ(IssueObjectId(), 6u);
-    ReturnObjectId(6);
-    EXPECT_EQ(IssueObjectId(), 6u);
-    driver.objectIdCounter = 0xFFFFFFFFu;
-    EXPECT_EQ(IssueObjectId(), 1u);
-    SetObjectIdHeldCheck(nullptr);
-}

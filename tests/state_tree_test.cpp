@@ -4,7 +4,6 @@
 #include "support/driver_fixture.h"
 
 #include <cstring>
-#include <tuple>
 
 using namespace norvgl;
 
@@ -22,17 +21,6 @@ protected:
     static StateNode* permanent(int level) { return &m3d.stateHeap[level]; }
     static std::uint32_t created() { return m3d.stateCursor - kPermanentNodes; }
 };
-
-TEST_F(StateTreeTest, FrameStartsWithTheDefaultStateAndNoNodeOfItsOwn) {
-    // Culling off, depth test on, no blending, a white material, no texture.
-    const StateNode& node = *m3d.currentNode;
-    EXPECT_EQ(std::make_tuple(node.cullMode, node.depthMode, node.blendMode, node.texture),
-              std::make_tuple(CULL_OFF, DEPTH_ON, BLEND_OFF, std::uint16_t{0}));
-    EXPECT_EQ(node.ambient[0], 1.0f);
-    EXPECT_EQ(node.diffuse[3], 1.0f);
-    EXPECT_EQ(node.specular[0], 0.0f);
-    EXPECT_EQ(created(), 0u);
-}
 
 TEST_F(StateTreeTest, RequestThatChangesNothingLeavesTreeButEndsMerging) {
     request(STATE_CULL, CULL_OFF);

@@ -26,6 +26,14 @@ std::string crlf(const Lines& lines) {
     return text;
 }
 
+// The lines as the body of a node named N.
+Lines inNodeN(const Lines& body) {
+    Lines lines = {"DEF N T {"};
+    lines.insert(lines.end(), body.begin(), body.end());
+    lines.push_back("}");
+    return lines;
+}
+
 VrmlResult read(const std::string& text, VrmlReading& out) {
     return Vrml_Read(reinterpret_cast<const std::uint8_t*>(text.data()), text.size(), out);
 }
@@ -180,10 +188,7 @@ TEST(VrmlReader, KeywordsSetTheTransformAndWinding) {
         {{"translation inf nan 0x10"}, {0, 0, 0}},
     };
     for (const Case& c : cases) {
-        Lines lines = {"DEF N T {"};
-        lines.insert(lines.end(), c.body.begin(), c.body.end());
-        lines.push_back("}");
-        const VrmlReading r = readOk(crlf(lines));
+        const VrmlReading r = readOk(crlf(inNodeN(c.body)));
         const VrmlNode& n = node(r, "N");
         const std::string label = testing::PrintToString(c.body);
         EXPECT_EQ(std::vector<float>(n.translation, n.translation + 3), c.translation) << label;
@@ -227,10 +232,7 @@ TEST(VrmlReader, ListEntries) {
         {{"children [ 1 2 3 ]"}},
     };
     for (const Case& c : cases) {
-        Lines lines = {"DEF N T {"};
-        lines.insert(lines.end(), c.body.begin(), c.body.end());
-        lines.push_back("}");
-        const VrmlReading r = readOk(crlf(lines));
+        const VrmlReading r = readOk(crlf(inNodeN(c.body)));
         const VrmlNode& n = node(r, "N");
         const std::string label = testing::PrintToString(c.body);
         EXPECT_EQ(xyz(n), c.points) << label;

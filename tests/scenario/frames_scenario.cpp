@@ -2,7 +2,6 @@
 // primitives where the left-handed coordinates put them, culling, the alternating depth
 // phases, blending, lighting and clearing. Every capture is also saved for the comparison of
 // one system's run with the other's.
-#include "host_system.h"
 #include "scenario.h"
 #include "scenario_gl.h"
 #include "support/scene.h"
@@ -12,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -26,9 +24,6 @@ using nvtest::project;
 using nvtest::square;
 using nvtest::triangle;
 using nvtest::vertex;
-
-constexpr Rgb kBlack = {0, 0, 0};
-constexpr Rgb kWhite = {255, 255, 255};
 
 ::testing::AssertionResult looksLike(Rgb p, int r, int g, int b, int tolerance = 2) {
     if (std::abs(p.r - r) <= tolerance && std::abs(p.g - g) <= tolerance &&
@@ -45,49 +40,13 @@ GLenum depthFunction() {
     return static_cast<GLenum>(function);
 }
 
-// A 640 x 480 window with the driver attached, clearing the colour at every frame start.
-class Frames : public ::testing::Test {
+class Frames : public WindowScenario {
 protected:
-    void SetUp() override {
-        window_ = std::make_unique<HostWindow>(640, 480);
-        GFX_SetProperty(PROP_WINDOW, window_->handle());
-        ASSERT_EQ(GFX_Init(), 0);
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
-    }
-    void TearDown() override {
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
-        GFX_Destroy();
-        window_.reset();
-        GFX_SetProperty(PROP_WINDOW, 0);
-    }
-
     // Clears colour and depth, then opens a frame of the near-to-far phase: after a depth
-    // clear, a frame of the other phase would pass no fragment at all. A frame of the wrong
-    // phase is closed empty first.
+    // clear, a frame of the other phase would pass no fragment at all.
     static void freshFrame() {
         GFX_SetRenderProperty(RPROP_CLEAR_COLOR, GFX_GetRenderProperty(RPROP_CLEAR_COLOR));
-        GFX_BeginRender();
-        if (depthFunction() != GL_LESS) {
-            GFX_EndRender();
-            GFX_BeginRender();
-        }
-    }
-
-    // Closes the frame and returns what the window shows, saved as <suite>.<test>-<n>.
-    Image endFrame() {
-        GFX_EndRender();
-        Image image = window_->capture();
-        EXPECT_FALSE(image.empty()) << "the window could not be captured";
-        const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-        const std::string name = std::string(test->test_suite_name()) + "." + test->name() + "-" +
-                                 std::to_string(captures_++);
-        EXPECT_TRUE(saveCapture(name, image)) << name;
-        if (image.empty()) {
-            image.width = window_->clientWidth();
-            image.height = window_->clientHeight();
-            image.pixels.assign(static_cast<std::size_t>(image.width) * image.height, {});
-        }
-        return image;
+        beginNearToFarFrame();
     }
 
     // A white directional light along the view: lit colour is the material's diffuse colour.
@@ -95,10 +54,6 @@ protected:
     static void diffuse(float r, float g, float b, float a = 1.0f) {
         GFX_SetMaterialColorEx(0, 0, 0, a, r, g, b, a, 0, 0, 0, a);
     }
-
-private:
-    std::unique_ptr<HostWindow> window_;
-    int captures_ = 0;
 };
 
 TEST_F(Frames, TriangleLandsWhereLeftHandedCoordinatesPutIt) {
@@ -186,32 +141,35 @@ TEST_F(Frames, BackFacesAreCulledOnlyWithCullingOn) {
 
 TEST_F(Frames, NearerHidesFartherInBothDepthPhasesButNotAcrossFrames) {
     frontLight();
-    const Pixel left = project(-15, 0, 80), right = project(15, 0, 80);
+    const Pixel left = project(-15, 0, 80), right = project(15, 0, 80), low = project(0, -20, 80);
     freshFrame();
     for (int phase = 0; phase < 2; ++phase) {
         if (phase == 1) {
-            // The next frame maps near to 1.0 and far to 0.5 and keeps the greater depth.
             GFX_BeginRender();
             ASSERT_EQ(depthFunction(), static_cast<GLenum>(GL_GREATER));
-            GLfloat range[2] = {};
-            glGetFloatv(GL_DEPTH_RANGE, range);
-            EXPECT_EQ(range[0], 1.0f);
-            EXPECT_EQ(range[1], 0.5f);
         }
-        // Near green first and far red second on the left, the other way round on the right.
-        // Both far squares cover what the near ones cover, so the second phase only meets
-        // depth the first one wrote.
+        // Near green first and far red second on the left, the other way round on the right;
+        // below them as on the left but with the depth test off, so that the later far square
+        // covers the near one. Each far square covers what its near one covers, so the second
+        // phase only meets depth the first one wrote.
         const auto nearLeft = square(-15, 0, 80, 8), farLeft = square(-15, 0, 120, 12);
         const auto nearRight = square(15, 0, 80, 8), farRight = square(15, 0, 120, 12);
+        const auto nearLow = square(0, -20, 80, 8), farLow = square(0, -30, 120, 12);
         diffuse(0, 1, 0);
         GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearLeft));
         GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farRight));
         diffuse(1, 0, 0);
         GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farLeft));
         GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearRight));
+        diffuse(0, 1, 0);
+        GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearLow));
+        diffuse(1, 0, 0);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farLow));
         const Image image = endFrame();
         EXPECT_TRUE(looksLike(image.at(left.x, left.y), 0, 255, 0)) << "phase " << phase;
         EXPECT_TRUE(looksLike(image.at(right.x, right.y), 255, 0, 0)) << "phase " << phase;
+        EXPECT_TRUE(looksLike(image.at(low.x, low.y), 255, 0, 0)) << "phase " << phase;
     }
     // The previous frame's near squares, in the other half of the range, do not hide this
     // frame's far square.
@@ -223,34 +181,6 @@ TEST_F(Frames, NearerHidesFartherInBothDepthPhasesButNotAcrossFrames) {
     const Image image = endFrame();
     EXPECT_TRUE(looksLike(image.at(left.x, left.y), 0, 0, 255));
     EXPECT_TRUE(looksLike(image.at(right.x, right.y), 0, 0, 255));
-}
-
-TEST_F(Frames, DepthTestOffDrawsInSubmissionOrderInBothPhases) {
-    frontLight();
-    const Pixel left = project(-15, 0, 80), right = project(15, 0, 80);
-    freshFrame();
-    for (int phase = 0; phase < 2; ++phase) {
-        if (phase == 1) {
-            GFX_BeginRender();
-            ASSERT_EQ(depthFunction(), static_cast<GLenum>(GL_GREATER));
-        }
-        GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
-        const auto nearLeft = square(-15, 0, 80, 8), farLeft = square(-15, 0, 120, 12);
-        diffuse(0, 1, 0);
-        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearLeft));
-        diffuse(1, 0, 0);
-        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farLeft)); // after, untested: on top
-        // With the test back on, near hides far although far is drawn last.
-        GFX_SetRenderProperty(RPROP_DEPTH_TEST, 1);
-        const auto nearRight = square(15, 0, 80, 8), farRight = square(15, 0, 120, 12);
-        diffuse(0, 1, 0);
-        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(nearRight));
-        diffuse(1, 0, 0);
-        GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(farRight));
-        const Image image = endFrame();
-        EXPECT_TRUE(looksLike(image.at(left.x, left.y), 255, 0, 0)) << "phase " << phase;
-        EXPECT_TRUE(looksLike(image.at(right.x, right.y), 0, 255, 0)) << "phase " << phase;
-    }
 }
 
 TEST_F(Frames, AlphaAndAdditiveBlending) {
@@ -268,52 +198,45 @@ TEST_F(Frames, AlphaAndAdditiveBlending) {
     const auto right = square(10, 0, 100, 6);
     GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(right));
     // Either property at 0 turns blending off altogether.
-    GFX_SetRenderProperty(RPROP_ALPHA_BLEND, 0);
     diffuse(0, 1, 0, 0.5f);
+    GFX_SetRenderProperty(RPROP_ALPHA_BLEND, 0);
     const auto bottom = square(0, -15, 100, 4);
     GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(bottom));
+    GFX_SetRenderProperty(RPROP_ALPHA_BLEND, 1);
+    GFX_SetRenderProperty(RPROP_ADDITIVE_BLEND, 0);
+    const auto top = square(0, 15, 100, 4);
+    GFX_DrawPolygon(PRIM_TRIANGLES, 6, floats(top));
     const Image image = endFrame();
-    const Pixel l = project(-10, 0, 100), r = project(10, 0, 100), b = project(0, -15, 100);
+    const Pixel l = project(-10, 0, 100), r = project(10, 0, 100), b = project(0, -15, 100),
+                t = project(0, 15, 100);
     EXPECT_TRUE(looksLike(image.at(l.x, l.y), 128, 128, 0, 3));
     EXPECT_TRUE(looksLike(image.at(r.x, r.y), 255, 0, 255));
     EXPECT_TRUE(looksLike(image.at(b.x, b.y), 0, 255, 0));
+    EXPECT_TRUE(looksLike(image.at(t.x, t.y), 0, 255, 0));
 }
 
 TEST_F(Frames, LitTriangleFollowsAddLightAndSetLightColor) {
-    const auto tri = triangle(0, 0, 100, 20);
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_EQ(endFrame().at(320, 240), kWhite); // unlit: plain colour
-
+    // The centre of a white triangle facing the viewer, in a frame of its own.
+    const auto centre = [this] {
+        const auto tri = triangle(0, 0, 100, 20);
+        freshFrame();
+        diffuse(1, 1, 1);
+        GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
+        return endFrame().at(320, 240);
+    };
+    EXPECT_EQ(centre(), kWhite); // unlit: plain colour
     frontLight();
     EXPECT_EQ(GFX_SetLightColor(0, 0, 0, 0, 0.5f, 0.25f, 0.75f, 0, 0, 0), 0);
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_TRUE(looksLike(endFrame().at(320, 240), 128, 64, 191));
-
+    EXPECT_TRUE(looksLike(centre(), 128, 64, 191));
     // A new light starts full white; from behind the triangle it leaves the front dark.
     EXPECT_EQ(GFX_AddLight(0, 1, 0, 0, 1), 0);
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_EQ(endFrame().at(320, 240), kBlack);
-    EXPECT_EQ(GFX_AddLight(0, 3, 0, 0, -1), 1); // no such light type: the light stays behind
-    freshFrame();
-    diffuse(1, 1, 1);
-    GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
-    EXPECT_EQ(endFrame().at(320, 240), kBlack);
+    EXPECT_EQ(centre(), kBlack);
 }
 
 TEST_F(Frames, ClearColorPropertyClearsNowAndAtEveryFrameStart) {
-    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0); // clears colour and depth, once
+    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
+    freshFrame(); // colour and depth cleared once, in black
     EXPECT_EQ(GFX_SetClearColor(0, 0, 1, 1), 0);
-    GFX_BeginRender();
-    if (depthFunction() != GL_LESS) {
-        GFX_EndRender();
-        GFX_BeginRender();
-    }
     const auto tri = triangle(0, 0, 100, 20);
     GFX_DrawPolygon(PRIM_TRIANGLES, 3, floats(tri));
     const Image drawn = endFrame();

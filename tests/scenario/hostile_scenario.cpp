@@ -50,7 +50,6 @@ struct Driver {
 constexpr int kWindowSide = 128; // a Win32 frame window is no narrower
 const Rgb kClear = {0, 0, 255};
 const Rgb kPictureColor = {255, 0, 0};
-const Rgb kWhite = {255, 255, 255};
 
 std::vector<std::uint8_t> redBitmap() {
     norvgl::assets::RgbImage image;

@@ -2,7 +2,6 @@
 // under culling, the same model under the caller's state, a host mesh with its picture at two
 // places, and many cycles of GFX_Init to GFX_Destroy with everything loaded and drawn, which
 // must give back what they took.
-#include "host_system.h"
 #include "picture_assets.h"
 #include "scenario.h"
 #include "support/scene.h"
@@ -11,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,11 +31,6 @@ namespace assets = norvgl::assets;
 using nvtest::Pixel;
 using nvtest::project;
 
-constexpr Rgb kBlack = {0, 0, 0};
-constexpr Rgb kWhite = {255, 255, 255};
-constexpr Rgb kRed = {255, 0, 0};
-constexpr Rgb kGreen = {0, 255, 0};
-constexpr Rgb kBlue = {0, 0, 255};
 constexpr float kDepth = 10.0f; // the panels' distance from the camera
 
 // Red and green on the top half of the picture, blue and white on the bottom half.
@@ -94,12 +87,11 @@ Rgb at(const Image& image, float x, float y) {
     return image.at(p.x, p.y);
 }
 
-class Models : public ::testing::Test {
+// The picture and the three panels loaded.
+class Models : public WindowScenario {
 protected:
     void SetUp() override {
-        window_ = std::make_unique<HostWindow>(640, 480);
-        GFX_SetProperty(PROP_WINDOW, window_->handle());
-        ASSERT_EQ(GFX_Init(), 0);
+        WindowScenario::SetUp();
         const auto bitmap = quadrantBitmap();
         ASSERT_EQ(GFX_LoadPicture("quad.bmp", bitmap.data(), 0, &picture_, PICTURE_NO_MIPMAPS), 0);
         const std::string text = threePanels();
@@ -109,13 +101,6 @@ protected:
                   0);
         EXPECT_EQ(std::vector<float>(bounds, bounds + 6),
                   (std::vector<float>{-4, -1, kDepth, 4, 1, kDepth}));
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
-    }
-    void TearDown() override {
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
-        GFX_Destroy();
-        window_.reset();
-        GFX_SetProperty(PROP_WINDOW, 0);
     }
 
     // A frame with depth testing off, so that it does not depend on the depth phase.
@@ -124,30 +109,15 @@ protected:
         GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0);
         GFX_SetRenderProperty(RPROP_CULLING, culling ? 1 : 0);
     }
-    Image endFrame(const std::string& name) {
-        GFX_EndRender();
-        Image image = window_->capture();
-        EXPECT_FALSE(image.empty()) << "the window could not be captured";
-        EXPECT_TRUE(saveCapture("Models." + name, image)) << name;
-        if (image.empty()) {
-            image.width = 640;
-            image.height = 480;
-            image.pixels.assign(640 * 480, {});
-        }
-        return image;
-    }
 
     unsigned picture_ = 0;
     unsigned model_ = 0;
-
-private:
-    std::unique_ptr<HostWindow> window_;
 };
 
 TEST_F(Models, TexturedModelShowsItsFrontFacesUnderCulling) {
     beginFrame(true);
     EXPECT_EQ(GFX_DrawObject(model_, 0, 0, 0), 0);
-    const Image culled = endFrame("culled");
+    const Image culled = endFrame();
     expectPicture(culled, -3, 0, "winding TRUE, listed clockwise");
     expectPicture(culled, 3, 0, "winding FALSE, listed counter-clockwise");
     EXPECT_EQ(at(culled, 0, 0.5f), kBlack) << "the middle panel faces away";
@@ -156,7 +126,7 @@ TEST_F(Models, TexturedModelShowsItsFrontFacesUnderCulling) {
     // Without culling the middle panel shows its picture too.
     beginFrame(false);
     GFX_DrawObject(model_, 0, 0, 0);
-    expectPicture(endFrame("unculled"), 0, 0, "the middle panel");
+    expectPicture(endFrame(), 0, 0, "the middle panel");
 }
 
 TEST_F(Models, DrawObjectExDrawsUnderTheCallersStateOnly) {
@@ -170,7 +140,7 @@ TEST_F(Models, DrawObjectExDrawsUnderTheCallersStateOnly) {
         0);
     // After the call the frame's own state is back: culled and textured.
     EXPECT_EQ(GFX_DrawPolygon(PRIM_QUADS, 4, below), 0);
-    const Image image = endFrame("caller-state");
+    const Image image = endFrame();
     for (float x : {-3.0f, 0.0f, 3.0f})
         for (float y : {1.5f, 0.5f})
             EXPECT_EQ(at(image, x + 0.5f, y), kWhite) << "panel at " << x << ", untextured";
@@ -192,7 +162,7 @@ TEST_F(Models, HostMeshDrawsWithItsPictureWhereItIsPut) {
     beginFrame(true);
     EXPECT_EQ(GFX_DrawObject(mesh, -3, 2, 0), 0);
     EXPECT_EQ(GFX_DrawObject(mesh, 3, -2, 0), 0);
-    const Image image = endFrame("host-mesh");
+    const Image image = endFrame();
     expectPicture(image, -3, 2, "first place");
     expectPicture(image, 3, -2, "second place, not moved on from the first");
     EXPECT_EQ(at(image, 0, 0), kBlack) << "nothing at the mesh's own place";

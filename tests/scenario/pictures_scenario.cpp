@@ -3,7 +3,6 @@
 // formats, each read back from its texture (level 0 and a mip level) and dumped for the
 // comparison of one system's run with the other's; then frames with pictures and text.
 // Run-length escapes are left to the decoder's tests and the Wine bitmap check.
-#include "host_system.h"
 #include "picture_assets.h"
 #include "scenario.h"
 #include "texture_level.h"
@@ -14,12 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -28,13 +23,6 @@ namespace scenario {
 namespace {
 
 namespace assets = norvgl::assets;
-
-std::string outputPath(const std::string& file) {
-    const char* directory = std::getenv("NORVGL_SCENARIO_OUT");
-    if (!directory || !*directory)
-        return "";
-    return (std::filesystem::path(directory) / file).string();
-}
 
 // <name>.rgba: "RGBA width height" on a line, then the texels.
 bool saveLevel(const std::string& name, const Level& level) {
@@ -114,97 +102,67 @@ assets::RgbImage colorsOf(const assets::IndexedImage& image,
     return out;
 }
 
+// A bitmap of each depth, palette size, compression and row order.
 struct Case {
     std::string name;
     std::vector<std::uint8_t> bytes;
-    bool fromFile = false;
-    std::uint32_t width = 0;                  // as stored in the file
-    std::uint32_t height = 0;                 //
-    int textureSide = 0;                      // the square texture it becomes
-    std::optional<assets::RgbImage> expected; // the texels, where no stretch is involved
+    bool fromFile;
+    int textureSide;         // the square texture it becomes
+    assets::RgbImage colors; // what the file holds, top row first
 };
 
 std::vector<Case> bitmapCases() {
+    // 24 bits a pixel have no palette; a palette shorter than the depth's is announced as the
+    // colours used.
+    const struct {
+        const char* name;
+        int bits, compression, palette, indices;
+        bool topDown;
+        std::int32_t width, height;
+        int side;
+    } specs[] = {
+        {"bits4-full-bottomup", 4, 0, 16, 16, false, 64, 64, 64},
+        {"bits4-used6-topdown-100x50", 4, 0, 6, 6, true, 100, 50, 128},
+        {"bits8-full-bottomup-255x255", 8, 0, 256, 256, false, 255, 255, 128},
+        {"bits8-used40-topdown", 8, 0, 40, 40, true, 32, 32, 32},
+        {"rle8-encoded", 8, 1, 256, 200, false, 64, 64, 64},
+        {"rle4-encoded-100x50", 4, 2, 16, 16, false, 100, 50, 128},
+        {"bits24-bottomup", 24, 0, 0, 0, false, 64, 64, 64},
+        {"bits24-topdown", 24, 0, 0, 0, true, 16, 16, 16},
+        {"bits24-bottomup-100x50", 24, 0, 0, 0, false, 100, 50, 128},
+        {"bits24-topdown-255x255", 24, 0, 0, 0, true, 255, 255, 128},
+    };
     std::mt19937 rng(20240607);
     std::vector<Case> cases;
-    auto add = [&](std::string name, std::vector<std::uint8_t> bytes, std::int32_t w,
-                   std::int32_t h, int side, std::optional<assets::RgbImage> expected) {
-        const bool fromFile = cases.size() % 2 == 0;
-        cases.push_back({std::move(name), std::move(bytes), fromFile, static_cast<std::uint32_t>(w),
-                         static_cast<std::uint32_t>(h), side, std::move(expected)});
-    };
-    {
-        const auto palette = randomPalette(rng, 16);
-        const auto image = randomIndices(rng, 64, 64, 16);
-        add("bits4-full-bottomup", assets::writeIndexedBitmap(image, palette, 4), 64, 64, 64,
-            colorsOf(image, palette));
-    }
-    {
-        const auto palette = randomPalette(rng, 6);
-        const auto image = randomIndices(rng, 100, 50, 6);
-        add("bits4-used6-topdown-100x50", assets::writeIndexedBitmap(image, palette, 4, 0, true, 6),
-            100, 50, 128, std::nullopt);
-    }
-    {
-        const auto palette = randomPalette(rng, 256);
-        const auto image = randomIndices(rng, 255, 255, 256);
-        add("bits8-full-bottomup-255x255", assets::writeIndexedBitmap(image, palette, 8), 255, 255,
-            128, std::nullopt);
-    }
-    {
-        const auto palette = randomPalette(rng, 40);
-        const auto image = randomIndices(rng, 32, 32, 40);
-        add("bits8-used40-topdown", assets::writeIndexedBitmap(image, palette, 8, 0, true, 40), 32,
-            32, 32, colorsOf(image, palette));
-    }
-    {
-        const auto palette = randomPalette(rng, 256);
-        const auto image = randomIndices(rng, 64, 64, 200);
-        add("rle8-encoded", assets::writeIndexedBitmap(image, palette, 8, 1), 64, 64, 64,
-            colorsOf(image, palette));
-    }
-    {
-        const auto palette = randomPalette(rng, 16);
-        const auto image = randomIndices(rng, 100, 50, 16);
-        add("rle4-encoded-100x50", assets::writeIndexedBitmap(image, palette, 4, 2), 100, 50, 128,
-            std::nullopt);
-    }
-    {
-        const auto image = randomColors(rng, 64, 64);
-        add("bits24-bottomup", assets::writeColorBitmap(image), 64, 64, 64, image);
-    }
-    {
-        const auto image = randomColors(rng, 16, 16);
-        add("bits24-topdown", assets::writeColorBitmap(image, 24, true), 16, 16, 16, image);
-    }
-    {
-        const auto image = randomColors(rng, 100, 50);
-        add("bits24-bottomup-100x50", assets::writeColorBitmap(image), 100, 50, 128, std::nullopt);
-    }
-    {
-        const auto image = randomColors(rng, 255, 255);
-        add("bits24-topdown-255x255", assets::writeColorBitmap(image, 24, true), 255, 255, 128,
-            std::nullopt);
+    for (const auto& s : specs) {
+        Case c{s.name, {}, cases.size() % 2 == 0, s.side, {}};
+        if (s.bits == 24) {
+            c.colors = randomColors(rng, s.width, s.height);
+            c.bytes = assets::writeColorBitmap(c.colors, 24, s.topDown);
+        } else {
+            const auto palette = randomPalette(rng, static_cast<std::size_t>(s.palette));
+            const auto image =
+                randomIndices(rng, s.width, s.height, static_cast<unsigned>(s.indices));
+            const auto used = static_cast<std::uint32_t>(s.palette < (1 << s.bits) ? s.palette : 0);
+            c.bytes = assets::writeIndexedBitmap(
+                image, palette, s.bits, static_cast<std::uint32_t>(s.compression), s.topDown, used);
+            c.colors = colorsOf(image, palette);
+        }
+        cases.push_back(std::move(c));
     }
     return cases;
 }
 
-// A 640 x 480 window with the driver attached and mip levels made for every load.
-class Pictures : public ::testing::Test {
+// Mip levels made for every load.
+class Pictures : public WindowScenario {
 protected:
     void SetUp() override {
-        window_ = std::make_unique<HostWindow>(640, 480);
-        GFX_SetProperty(PROP_WINDOW, window_->handle());
-        ASSERT_EQ(GFX_Init(), 0);
+        WindowScenario::SetUp();
         GFX_SetRenderProperty(RPROP_MIPMAPS, 1);
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
     }
     void TearDown() override {
-        GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
         GFX_SetRenderProperty(RPROP_MIPMAPS, 0);
-        GFX_Destroy();
-        window_.reset();
-        GFX_SetProperty(PROP_WINDOW, 0);
+        WindowScenario::TearDown();
     }
 
     // Loads from the file or from memory; picture k of a fresh context has texture name k.
@@ -231,21 +189,7 @@ protected:
         EXPECT_TRUE(static_cast<bool>(out)) << path;
     }
 
-    Image endFrame(const std::string& name) {
-        GFX_EndRender();
-        Image image = window_->capture();
-        EXPECT_FALSE(image.empty()) << "the window could not be captured";
-        EXPECT_TRUE(saveCapture("Pictures." + name, image)) << name;
-        if (image.empty()) {
-            image.width = 640;
-            image.height = 480;
-            image.pixels.assign(640 * 480, {});
-        }
-        return image;
-    }
-
 private:
-    std::unique_ptr<HostWindow> window_;
     std::string notes_;
 };
 
@@ -276,8 +220,8 @@ TEST_F(Pictures, BitmapsBecomeSquareMipmappedTextures) {
         ASSERT_EQ(id, ++expectedId);
         unsigned width = 0, height = 0;
         EXPECT_EQ(GFX_GetPictureDimensions(id, &width, &height, nullptr), 0);
-        EXPECT_EQ(width, c.width);
-        EXPECT_EQ(height, c.height);
+        EXPECT_EQ(width, static_cast<unsigned>(c.colors.width));
+        EXPECT_EQ(height, static_cast<unsigned>(c.colors.height));
 
         ASSERT_TRUE(glIsTexture(id));
         const Level top = readLevel(id, 0);
@@ -290,8 +234,8 @@ TEST_F(Pictures, BitmapsBecomeSquareMipmappedTextures) {
         EXPECT_TRUE(halvesLevelAbove(one, two));
         EXPECT_TRUE(saveLevel("Pictures." + c.name + "-level2", two));
 
-        if (c.expected) {
-            const assets::RgbImage& image = *c.expected;
+        const assets::RgbImage& image = c.colors;
+        if (top.width == image.width && top.height == image.height) { // no stretch involved
             int wrong = 0;
             for (int y = 0; y < top.height && wrong < 5; ++y)
                 for (int x = 0; x < top.width && wrong < 5; ++x) {
@@ -317,6 +261,7 @@ TEST_F(Pictures, SixteenBitBitmapLoadsWithoutAnImage) {
     note(describeLoad("bits16", result, id, log));
     EXPECT_EQ(result, 0);
     EXPECT_EQ(id, 1u);
+    EXPECT_EQ(lastError().title, "Invalid file data"); // reported although the load succeeds
     // The picture keeps a texture name, without an image.
     EXPECT_EQ(readLevel(1, 0).width, 0);
 
@@ -363,6 +308,21 @@ TEST_F(Pictures, TdfFilesOfBothFormats) {
     saveNotes("Pictures.tdf-loads");
 }
 
+// Red on the pixels from (left, top) to before (right, bottom), and not on those around them.
+void expectRedRectangle(const Image& image, int left, int top, int right, int bottom) {
+    const struct {
+        int x, y;
+        bool inside;
+    } probes[] = {{left, top, true},          {right - 1, bottom - 1, true},
+                  {left - 1, top, false},     {left, top - 1, false},
+                  {right, bottom - 1, false}, {right - 1, bottom, false}};
+    for (const auto& p : probes) {
+        if (p.x >= 0 && p.y >= 0 && p.x < image.width && p.y < image.height) {
+            EXPECT_EQ(image.at(p.x, p.y) == kRed, p.inside) << p.x << ", " << p.y;
+        }
+    }
+}
+
 // Four quadrants: red, green at the top; blue, white at the bottom.
 assets::RgbImage quadrants(std::int32_t width, std::int32_t height) {
     assets::RgbImage image{width, height, {}};
@@ -376,47 +336,70 @@ assets::RgbImage quadrants(std::int32_t width, std::int32_t height) {
 TEST_F(Pictures, PicturesAndPixelArrayOnScreen) {
     std::mt19937 rng(5);
     const auto palette = randomPalette(rng, 16);
-    unsigned indexed = 0, proportional = 0, big = 0;
+    unsigned indexed = 0, proportional = 0, big = 0, red = 0;
     ASSERT_EQ(load("", assets::writeIndexedBitmap(randomIndices(rng, 64, 64, 16), palette, 4),
                    false, &indexed),
               0);
     ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(100, 50)), false, &proportional), 0);
     ASSERT_EQ(load("", assets::writeColorBitmap(quadrants(300, 200)), false, &big), 0);
+    ASSERT_EQ(
+        load("", assets::writeColorBitmap({64, 48, std::vector(64 * 48, 0xFF0000u)}), false, &red),
+        0);
 
-    // Two frames, one in each depth phase: the pixel array's copy must not depend on it. The
-    // first is the near-to-far phase, whatever the tests before this one drew, so that both
-    // systems capture the same frames.
+    // Two frames, one in each depth phase: the pixel array's copy must not depend on it.
     Image image;
-    for (const char* frame : {"pictures", "pictures-second-phase"}) {
-        GFX_BeginRender();
-        GLint depthFunction = 0;
-        glGetIntegerv(GL_DEPTH_FUNC, &depthFunction);
-        if (image.empty() && depthFunction != GL_LESS) {
-            GFX_EndRender();
+    for (int frame = 0; frame < 2; ++frame) {
+        if (frame == 0)
+            beginNearToFarFrame();
+        else
             GFX_BeginRender();
-        }
         // Drawn at once, at its own size at the lower-left corner.
         EXPECT_EQ(GFX_DrawPicture(big, 400, 10, 0, 0), 0);
         EXPECT_EQ(GFX_DrawPicture(indexed, 0, 0, 320, 240), 0);
         EXPECT_EQ(GFX_DrawPictureByProportion(proportional, 0.5f, 0.5f, 0.5f, 0.5f), 0);
-        image = endFrame(frame);
+        // A size of 0 is the picture's own, in fractions too: 64 window widths wide.
+        EXPECT_EQ(GFX_DrawPicture(red, 330, 10, 0, 0), 0);
+        EXPECT_EQ(GFX_DrawPictureByProportion(red, 0.9f, 0.25f, 0, 0.125f), 0);
+        EXPECT_EQ(GFX_GetRenderProperty(RPROP_SCREEN_SPACE), 0);
+        image = endFrame();
         // The pixel array: blue and white at its bottom, red at its top.
-        EXPECT_EQ(image.at(20, 470), (Rgb{0, 0, 255})) << frame;
-        EXPECT_EQ(image.at(280, 470), (Rgb{255, 255, 255})) << frame;
-        EXPECT_EQ(image.at(20, 290), (Rgb{255, 0, 0})) << frame;
-        EXPECT_EQ(image.at(20, 270), (Rgb{0, 0, 0})) << frame; // above it
+        EXPECT_EQ(image.at(20, 470), kBlue) << frame;
+        EXPECT_EQ(image.at(280, 470), kWhite) << frame;
+        EXPECT_EQ(image.at(20, 290), kRed) << frame;
+        EXPECT_EQ(image.at(20, 270), kBlack) << frame; // above it
     }
     // The proportional picture upright in the bottom-right quarter.
-    EXPECT_EQ(image.at(360, 280), (Rgb{255, 0, 0}));
-    EXPECT_EQ(image.at(600, 280), (Rgb{0, 255, 0}));
-    EXPECT_EQ(image.at(360, 450), (Rgb{0, 0, 255}));
-    EXPECT_EQ(image.at(600, 450), (Rgb{255, 255, 255}));
+    EXPECT_EQ(image.at(360, 280), kRed);
+    EXPECT_EQ(image.at(600, 280), kGreen);
+    EXPECT_EQ(image.at(360, 450), kBlue);
+    EXPECT_EQ(image.at(600, 450), kWhite);
     // The indexed picture covers the top-left quarter and nothing beyond it.
-    EXPECT_EQ(image.at(330, 100), (Rgb{0, 0, 0}));
-    EXPECT_EQ(image.at(100, 250), (Rgb{0, 0, 0}));
+    EXPECT_EQ(image.at(330, 100), kBlack);
+    EXPECT_EQ(image.at(100, 250), kBlack);
+    // The red ones: pixels 330 to 393 by 10 to 57, and 576 to the right edge by 120 to 179.
+    expectRedRectangle(image, 330, 10, 394, 58);
+    expectRedRectangle(image, 576, 120, 640, 180);
 }
 
-TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
+// Pixel rectangles are halved as whole pixels: a 641-pixel window has 320 pixels a side.
+class OddWindow : public WindowScenario {
+public:
+    OddWindow() : WindowScenario(641, 481) {}
+};
+
+TEST_F(OddWindow, PictureRectanglesUseWholePixelHalves) {
+    unsigned red = 0;
+    const auto bitmap = assets::writeColorBitmap({64, 48, std::vector(64 * 48, 0xFF0000u)});
+    ASSERT_EQ(GFX_LoadPicture("red.bmp", bitmap.data(), 0, &red, 0), 0);
+    GFX_BeginRender();
+    GFX_SetRenderProperty(RPROP_DEPTH_TEST, 0); // whichever depth phase this frame is in
+    EXPECT_EQ(GFX_DrawPicture(red, 160, 120, 320, 240), 0);
+    // With halves of 320 and 240 it spans 160.25 to 480.75 across and 120.25 to 360.75 down;
+    // exact halves of 320.5 and 240.5 would end it a pixel sooner.
+    expectRedRectangle(endFrame(), 160, 120, 481, 361);
+}
+
+TEST_F(Pictures, TextFromTheFontBitmap) {
     // The top half of the A's cell white, so that a glyph drawn upside down shows.
     auto font = assets::makeGlyphFont(8); // 128 x 128
     for (int y = 8 * 4 + 1; y < 8 * 4 + 4; ++y)
@@ -426,24 +409,26 @@ TEST_F(Pictures, TwoLettersFromTheFontBitmap) {
     ASSERT_EQ(load("font.bmp", assets::writeColorBitmap(font), false, &id), 0);
     ASSERT_EQ(GFX_SetFontBitmap(id), 0);
     EXPECT_EQ(GFX_SetFontSize(0.25f, 0.25f), 0);
+    GFX_SetClearColor(0, 0, 1, 1);
     GFX_BeginRender();
     GFX_BeginText();
-    EXPECT_EQ(GFX_PrintByProportion(0.125f, 0.25f, "AB"), 0);
+    // Four cells of 160 x 120 pixels from (0, 120). A space takes its place and draws nothing;
+    // 0xC1 counts as -63, whose cell the texture's repeat folds onto cell 209; a line feed is
+    // the glyph of cell 10.
+    EXPECT_EQ(GFX_PrintByProportion(0, 0.25f, "A \xC1\n"), 0);
     GFX_EndText();
-    const Image image = endFrame("text");
-    // The middle of each letter's cell shows its colour; the additive blend over black adds
-    // the colour itself.
-    EXPECT_EQ(image.at(160, 150), (Rgb{255, 255, 255})); // the top of the A
-    for (int i = 0; i < 2; ++i) {
-        const std::uint32_t color = assets::glyphColor(static_cast<std::uint8_t>('A' + i));
-        const Rgb middle = image.at(80 + 160 * i + 80, 120 + 90);
-        EXPECT_EQ(middle,
-                  (Rgb{static_cast<std::uint8_t>(color >> 16),
-                       static_cast<std::uint8_t>(color >> 8), static_cast<std::uint8_t>(color)}))
-            << char('A' + i);
+    const Image image = endFrame();
+    // Added to the blue of the clear colour, the middle of each cell shows its glyph's colour
+    // with full blue.
+    EXPECT_EQ(image.at(80, 150), kWhite); // the top of the A
+    const int codes[4] = {'A', -1, 209, '\n'};
+    for (int i = 0; i < 4; ++i) {
+        const std::uint32_t c = codes[i] < 0 ? 0 : assets::glyphColor(std::uint8_t(codes[i]));
+        EXPECT_EQ(image.at(160 * i + 80, 210),
+                  (Rgb{std::uint8_t(c >> 16), std::uint8_t(c >> 8), 255}))
+            << "cell " << i;
     }
-    EXPECT_EQ(image.at(40, 180), (Rgb{0, 0, 0}));  // left of the text
-    EXPECT_EQ(image.at(600, 180), (Rgb{0, 0, 0})); // right of it
+    EXPECT_EQ(image.at(80, 300), kBlue); // below the text
 }
 
 } // namespace

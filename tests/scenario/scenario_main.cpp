@@ -2,6 +2,7 @@
 // also writes results.txt there: one line per test with its outcome, for the comparison of
 // one system's run with the other's.
 #include "scenario.h"
+#include "scenario_gl.h"
 
 #include "picture_assets.h"
 
@@ -19,11 +20,6 @@
 namespace scenario {
 
 namespace {
-
-std::string outputDirectory() {
-    const char* directory = std::getenv("NORVGL_SCENARIO_OUT");
-    return directory && *directory ? directory : "";
-}
 
 // Each test's outcome and the log entries it caused. Test programs built by different
 // toolchains register their tests in different orders, so each block stands on its own.
@@ -85,11 +81,56 @@ std::string LogWatch::appended() {
     return added;
 }
 
+std::string outputPath(const std::string& file) {
+    const char* directory = std::getenv("NORVGL_SCENARIO_OUT");
+    if (!directory || !*directory)
+        return "";
+    return (std::filesystem::path(directory) / file).string();
+}
+
 bool saveCapture(const std::string& name, const Image& image) {
-    const std::string directory = outputDirectory();
-    if (directory.empty())
-        return true;
-    return image.savePpm((std::filesystem::path(directory) / (name + ".ppm")).string());
+    const std::string path = outputPath(name + ".ppm");
+    return path.empty() || image.savePpm(path);
+}
+
+void WindowScenario::SetUp() {
+    window_ = std::make_unique<HostWindow>(width_, height_);
+    GFX_SetProperty(PROP_WINDOW, window_->handle());
+    ASSERT_EQ(GFX_Init(), 0);
+    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 1);
+}
+
+void WindowScenario::TearDown() {
+    GFX_SetRenderProperty(RPROP_CLEAR_COLOR, 0);
+    GFX_Destroy();
+    window_.reset();
+    GFX_SetProperty(PROP_WINDOW, 0);
+}
+
+void WindowScenario::beginNearToFarFrame() {
+    GFX_BeginRender();
+    GLint function = 0;
+    glGetIntegerv(GL_DEPTH_FUNC, &function);
+    if (function != GL_LESS) {
+        GFX_EndRender();
+        GFX_BeginRender();
+    }
+}
+
+Image WindowScenario::endFrame() {
+    GFX_EndRender();
+    Image image = window_->capture();
+    EXPECT_FALSE(image.empty()) << "the window could not be captured";
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    const std::string name = std::string(test->test_suite_name()) + "." + test->name() + "-" +
+                             std::to_string(captures_++);
+    EXPECT_TRUE(saveCapture(name, image)) << name;
+    if (image.empty()) {
+        image.width = window_->clientWidth();
+        image.height = window_->clientHeight();
+        image.pixels.assign(static_cast<std::size_t>(image.width) * image.height, {});
+    }
+    return image;
 }
 
 ScratchDirectory::ScratchDirectory() {
@@ -112,10 +153,8 @@ ScratchDirectory::~ScratchDirectory() {
 
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
-    const std::string directory = scenario::outputDirectory();
-    if (!directory.empty()) {
-        ::testing::UnitTest::GetInstance()->listeners().Append(
-            new scenario::ResultsFile((std::filesystem::path(directory) / "results.txt").string()));
-    }
+    const std::string results = scenario::outputPath("results.txt");
+    if (!results.empty())
+        ::testing::UnitTest::GetInstance()->listeners().Append(new scenario::ResultsFile(results));
     return RUN_ALL_TESTS();
 }
