@@ -8,7 +8,6 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/Xrandr.h>
 
-
 using nvtest::DriverTest;
 
 namespace {

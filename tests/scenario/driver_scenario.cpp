@@ -102,14 +102,14 @@ TEST_F(Properties, EveryOutOfRangeIndexReportsBadPropertyOnce) {
 TEST_F(Properties, EntriesKeptForOlderHostsAnswerWithoutActing) {
     // Not offered: each call fails with its own report, whatever it is passed.
     int (*const unsupported[])(...) = {
-        GFX_AddRenderWindow, GFX_GetAvailableDevices, GFX_GetRenderState, GFX_GetRenderWindow,
-        GFX_RemoveRenderWindow, GFX_SetDevice, GFX_SetRenderState, GFX_SetRenderWindow,
-        GFX_TestRenderState, GFX_UnloadPicture};
-    const std::string report = errorReport("Feature not supported",
-                                           "The render feature (lighting, etc.) you attempted to "
-                                           "enable is not supported by your computer. Or, a "
-                                           "function call you made is not supported by this "
-                                           "library.");
+        GFX_AddRenderWindow,    GFX_GetAvailableDevices, GFX_GetRenderState, GFX_GetRenderWindow,
+        GFX_RemoveRenderWindow, GFX_SetDevice,           GFX_SetRenderState, GFX_SetRenderWindow,
+        GFX_TestRenderState,    GFX_UnloadPicture};
+    const std::string report =
+        errorReport("Feature not supported", "The render feature (lighting, etc.) you attempted to "
+                                             "enable is not supported by your computer. Or, a "
+                                             "function call you made is not supported by this "
+                                             "library.");
     for (auto* entry : unsupported) {
         GFX_GetProperty(8); // another error first, which the call must replace
         log.appended();

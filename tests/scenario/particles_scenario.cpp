@@ -20,7 +20,6 @@
 namespace scenario {
 namespace {
 
-
 // Where the pass's camera (45 degrees vertically, aspect 1.0696 whatever the window) puts a
 // point at (x, y) and `depth` in front of it, in a 640 x 480 window, top-left origin.
 int column(double x, double depth) {
