@@ -1,4 +1,4 @@
-// Bitmap decoder: header sizes, palettes and the colours-used rule, row orders, RLE against
+// Bitmap decoder: header sizes, palettes and the colours-used rule, RLE against
 // the same image uncompressed, RLE escapes, the default-mode stretch, and every refusal.
 #include "picture_assets.h"
 #include "formats/bitmap_decoder.h"
@@ -109,19 +109,6 @@ TEST(BitmapDecoder, AHeaderLongerThan40BytesMovesTheBitsAlongWithIt) {
     fields.bits = 24;
     const auto file = assembleBitmap(fields, {}, {0x10, 0x20, 0x30, 0});
     EXPECT_EQ(decode(file, 1, 1).at(0, 0), rgb(0x30, 0x20, 0x10));
-}
-
-TEST(BitmapDecoder, PaletteDepthsAndNibbleOrder) {
-    const auto palette = testPalette();
-    for (int bits : {4, 8}) {
-        for (bool topDown : {false, true}) {
-            // Odd widths exercise the row padding and the last half-filled byte.
-            const IndexedImage image = patterned(7, 5, bits == 4 ? 16 : 200);
-            const Decoded d = decode(writeIndexedBitmap(image, palette, bits, 0, topDown), 7, 5);
-            ASSERT_EQ(d.result, BitmapResult::Ok) << bits;
-            EXPECT_EQ(d.pixels(), expectedColors(image, palette)) << bits << " " << topDown;
-        }
-    }
 }
 
 TEST(BitmapDecoder, ColoursUsedLocatesTheBitsAndIndicesBeyondThePaletteAreBlack) {

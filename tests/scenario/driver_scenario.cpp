@@ -163,7 +163,9 @@ protected:
 TEST_F(Init, HandlesThatNameNoWindowFailAndALaterInitWorks) {
     const std::string report = errorReport(kPixelFormatTitle, kPixelFormatDetails);
     NotAWindow notAWindow;
-    DestroyedWindow destroyed;
+    // The host's window destroyed; its connection lives on, so no other window takes its id.
+    HostWindow destroyed(16, 16);
+    destroyed.destroy();
     const std::intptr_t handles[] = {0, notAWindow.handle(), destroyed.handle()};
     for (std::intptr_t handle : handles) {
         LogWatch log;

@@ -44,21 +44,6 @@ private:
     std::uintptr_t object_ = 0;
 };
 
-// The handle of a window that existed and has been destroyed. The system does not hand the
-// handle out again while this lives.
-class DestroyedWindow {
-public:
-    DestroyedWindow();
-    ~DestroyedWindow();
-    DestroyedWindow(const DestroyedWindow&) = delete;
-    DestroyedWindow& operator=(const DestroyedWindow&) = delete;
-    std::intptr_t handle() const { return static_cast<std::intptr_t>(window_); }
-
-private:
-    void* connection_ = nullptr; // X11: the connection whose ids include the window's
-    std::uintptr_t window_ = 0;
-};
-
 // Whether the calling thread has a GL context current.
 bool glContextCurrent();
 

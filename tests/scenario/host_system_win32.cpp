@@ -16,32 +16,6 @@
 
 namespace scenario {
 
-namespace {
-
-// Lets Windows deliver what destroying a window queued.
-void pumpMessages() {
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-}
-
-} // namespace
-
-DestroyedWindow::DestroyedWindow() {
-    // A window of the system's own static class: no class of ours to register.
-    HWND window = CreateWindowA("STATIC", "destroyed", WS_OVERLAPPEDWINDOW, 0, 0, 64, 64, nullptr,
-                                nullptr, GetModuleHandleA(nullptr), nullptr);
-    if (!window)
-        throw std::runtime_error("CreateWindow failed");
-    window_ = reinterpret_cast<std::uintptr_t>(window);
-    DestroyWindow(window);
-    pumpMessages();
-}
-
-DestroyedWindow::~DestroyedWindow() = default;
-
 NotAWindow::NotAWindow() {
     object_ = reinterpret_cast<std::uintptr_t>(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     if (!object_)

@@ -8,7 +8,6 @@
 #include <dlfcn.h>
 #include <sys/stat.h>
 #include <malloc.h>
-#include <time.h>
 
 #include <filesystem>
 #include <stdexcept>
@@ -18,32 +17,10 @@ namespace scenario {
 namespace {
 
 Display* openDisplay() {
-    // Xvfb turns away an occasional connection when many come at once: try a few times.
-    for (int attempt = 0; attempt < 5; ++attempt) {
-        if (Display* display = XOpenDisplay(nullptr))
-            return display;
-        const timespec pause = {0, 2'000'000};
-        nanosleep(&pause, nullptr);
-    }
-    throw std::runtime_error("no X display: set DISPLAY or run through scripts/test.sh");
+    return static_cast<Display*>(norvgl::host::openDisplay());
 }
 
 } // namespace
-
-DestroyedWindow::DestroyedWindow() {
-    // The id stays allocated to this connection, so no other client's resource takes it.
-    Display* display = openDisplay();
-    connection_ = display;
-    const Window window =
-        XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 16, 16, 0, 0, 0);
-    window_ = window;
-    XDestroyWindow(display, window);
-    XSync(display, False);
-}
-
-DestroyedWindow::~DestroyedWindow() {
-    XCloseDisplay(static_cast<Display*>(connection_));
-}
 
 NotAWindow::NotAWindow() {
     Display* display = openDisplay();

@@ -13,6 +13,12 @@ namespace norvgl::host {
 // A mapped top-level window with a client area of the given size, ready for GFX_Init. It
 // takes key presses and the window manager's close button; nothing draws into it but the
 // driver. Throws std::runtime_error when there is no display or the system refuses it.
+#ifndef _WIN32
+// A connection to $DISPLAY (a Display*), tried a few times, as Xvfb turns away an occasional
+// connection when many come at once. Throws std::runtime_error when there is none.
+void* openDisplay();
+#endif
+
 class HostWindow {
 public:
     explicit HostWindow(int clientWidth = 640, int clientHeight = 480,

@@ -13,8 +13,14 @@ namespace norvgl::host {
 
 namespace {
 
-Display* openDisplay() {
-    // Xvfb turns away an occasional connection when many come at once: try a few times.
+Bool isMapNotify(Display*, XEvent* event, XPointer window) {
+    return event->type == MapNotify &&
+           event->xmap.window == static_cast<Window>(reinterpret_cast<std::uintptr_t>(window));
+}
+
+} // namespace
+
+void* openDisplay() {
     for (int attempt = 0; attempt < 5; ++attempt) {
         if (Display* display = XOpenDisplay(nullptr))
             return display;
@@ -24,16 +30,9 @@ Display* openDisplay() {
     throw std::runtime_error("no X display: set DISPLAY (or run under Xvfb)");
 }
 
-Bool isMapNotify(Display*, XEvent* event, XPointer window) {
-    return event->type == MapNotify &&
-           event->xmap.window == static_cast<Window>(reinterpret_cast<std::uintptr_t>(window));
-}
-
-} // namespace
-
 HostWindow::HostWindow(int clientWidth, int clientHeight, const char* title)
     : width_(clientWidth), height_(clientHeight) {
-    Display* display = openDisplay();
+    auto* display = static_cast<Display*>(openDisplay());
     connection_ = display;
     const int screen = DefaultScreen(display);
     const Window window =
