@@ -328,13 +328,17 @@ NORVGL_API int GFX_DrawBillboard(const float* position, float size);
 /* ---- Lights and materials --------------------------------------------------------------
    Up to 8 lights (0..7) act at once. Lights are not part of a frame: they stay as set until
    changed or removed. A position is placed by the transform current at the call (outside a
-   frame: relative to the camera). */
+   frame: relative to the camera). Lighting reaches pictures and text too: under lights they
+   show only the light they get. A white, diffuse-only directional light with direction
+   (0, 0, 1) gives them their own colours and leaves scene geometry facing the camera as it
+   was. */
 
 /* Turns light `light` on, full white, at (x, y, z). The first light switches lighting on for
    good; before it, geometry is drawn unlit in white (or its texture) and materials do not
    show. Type 1: directional, shining from the direction (x, y, z), whose y goes in negated
-   (a light from above has y < 0 here); type 0 or 2: a point light at (x, y, z) without
-   fall-off. 0, or 1 for a type above 2. */
+   (a light from above has y < 0 here): a light from above and behind the camera, onto what
+   the camera sees, is (0, -1, -1); type 0 or 2: a point light at (x, y, z) without fall-off.
+   0, or 1 for a type above 2. */
 NORVGL_API int GFX_AddLight(unsigned int light, int type, float x, float y, float z);
 /* Moves a light (its type stays). 0. */
 NORVGL_API int GFX_SetLightPosition(unsigned int light, float x, float y, float z);
@@ -406,7 +410,15 @@ NORVGL_API int GFX_PrintByProportion(float x, float y, const char* text);
 /* Loads a VRML model from `length` bytes of text (lines end with CR LF): DEF Transform nodes
    (translation, rotation, scale, nested), IndexedFaceSets of triangles (coord, coordIndex,
    texCoord, texCoordIndex, ccw) and ImageTexture urls, with USE instances. Textures are found
-   by file name among the pictures loaded before the model. Writes the model's ObjectId to *id
+   by file name among the pictures loaded before the model. Normals are made per face. With
+   ccw TRUE (the default) a face whose points go clockwise as the camera sees them is a front
+   face (the coordinates are left-handed). The VRML 2.0 text that modelling tools write is
+   read as it stands (Shape, children and Coordinate wrappers included; other nodes are
+   skipped); a triangle 50 units in front of the camera, facing it:
+     DEF Tri Transform { translation 0 0 50 children [ Shape { geometry IndexedFaceSet {
+       coord Coordinate { point [ -10 -10 0, 0 10 0, 10 -10 0 ] }
+       coordIndex [ 0, 1, 2, -1 ] } } ] }
+   Writes the model's ObjectId to *id
    and, when `bounds` is not NULL, six floats: min x, y, z, max x, y, z. 0; 1 with
    ERR_INVALID_PARAMETER for a NULL text or id, ERR_OUT_OF_MEMORY when it is too large. The
    unused arguments are not read. */
