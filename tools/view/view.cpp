@@ -1,6 +1,8 @@
 // norvgl-view: shows a VRML model, a bitmap or a 3DF texture with the driver. A model is
 // centred from its bounds, scaled to a fixed size and lit by two lights under an orbiting
-// camera; a picture is drawn at its own size in a window of that size.
+// camera, both sides of its faces drawn, so that a flat model seen from behind still shows
+// (a host decides on culling; the viewer shows what the file holds); a picture is drawn at
+// its own size in a window of that size.
 //   norvgl-view FILE [--frames N] [--out FILE.png]
 // With --out it renders N frames (1 unless given) and saves the last; without, it runs until
 // the window is closed or Esc is pressed. Driver failures are shown with their title and
@@ -185,7 +187,7 @@ int run(const Options& options) {
             GFX_Look(distance * std::sin(angle), 0.45f * distance, -distance * std::cos(angle), 0,
                      0, 0, 0, 0, 0);
             drawBackdrop();
-            GFX_SetRenderProperty(RPROP_CULLING, 1);
+            GFX_SetRenderProperty(RPROP_CULLING, 0);
             GFX_SetMaterialColor(0.3f, 0.3f, 0.3f, 0.85f, 0.85f, 0.85f, 0.2f, 0.2f, 0.2f);
             const float scale = kModelRadius / radius;
             GFX_Scale(scale, scale, scale);
