@@ -461,7 +461,9 @@ NORVGL_API int GFX_SetObjectProperty(unsigned int id, EmitterParams* params);
    and advances it by the steps it owes: one per hundredth of a second since it was last
    drawn. Particles are drawn after everything else, without depth test, as camera-facing
    quads blended additively with the texture of the picture named "particle.bmp" (untextured
-   when none is loaded), or with PF_SHARDS as opaque triangles. 0. GUARDED. */
+   when none is loaded), or with PF_SHARDS as opaque triangles. A frame that drew particles
+   leaves lighting switched on, as GFX_AddLight does: a host without lights adds one before
+   drawing particles, or its later geometry shows only the ambient term. 0. GUARDED. */
 NORVGL_API int GFX_DrawParticleSystem(unsigned int id, float x, float y, float z);
 
 /* ---- Entries kept for hosts written against older tables ---------------------------------
