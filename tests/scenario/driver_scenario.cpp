@@ -164,7 +164,7 @@ TEST_F(Init, HandlesThatNameNoWindowFailAndALaterInitWorks) {
     const std::string report = errorReport(kPixelFormatTitle, kPixelFormatDetails);
     NotAWindow notAWindow;
     // The host's window destroyed; its connection lives on, so no other window takes its id.
-    HostWindow destroyed(16, 16);
+    HostWindow destroyed;
     destroyed.destroy();
     const std::intptr_t handles[] = {0, notAWindow.handle(), destroyed.handle()};
     for (std::intptr_t handle : handles) {
