@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # The kit's programs on the demo's assets and broken samples: the checker's verdicts and the
 # limits it names, the viewer's pictures and its errors, and each example run headless.
-#   tests/tools/tools_test.sh TOOLS_DIR   (build/tools: the programs and demo-assets/)
+#   tests/tools/tools_test.sh TOOLS_DIR   (build/tools: the programs and demo-assets/; the
+#                                          VRML samples come from assets/vrml)
 set -euo pipefail
 tools=$(cd "$1" && pwd)
+samples=$(cd "$(dirname "$0")/../../assets/vrml" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp -r "$tools/demo-assets/." "$work"
@@ -34,12 +36,48 @@ expect_check broken_limits.wrl 1 "LIMIT name length: 1 name longer than 127 char
 expect_check broken_limits.wrl 1 "LIMIT face size: 1 face of more than 3 points"
 expect_check missing.wrl 1 "not found"
 
-# The viewer: each sample to a picture; a missing and a broken file named with the driver's
-# error title.
-for sample in scene.wrl font.bmp crate.bmp logo.bmp stone.3df; do
-    "$tools/norvgl-view" "$sample" --out "view-$sample.png" >/dev/null ||
-        fail "norvgl-view $sample failed"
-    [ -s "view-$sample.png" ] || fail "norvgl-view $sample saved no picture"
+# The pixels of a PNG that differ from its most common colour: for the viewer's pictures of
+# models, what is drawn over the backdrop.
+drawn_pixels() { # FILE.png
+    python3 - "$1" <<'EOF'
+import struct, sys, zlib
+from collections import Counter
+data, pos, idat = open(sys.argv[1], "rb").read(), 8, b""
+while pos < len(data):
+    length, kind = struct.unpack(">I4s", data[pos:pos + 8])
+    if kind == b"IHDR":
+        width, height, _, color = struct.unpack(">IIBB", data[pos + 8:pos + 18])
+    elif kind == b"IDAT":
+        idat += data[pos + 8:pos + 8 + length]
+    pos += 12 + length
+bpp = {2: 3, 6: 4}[color]
+raw, stride = zlib.decompress(idat), width * bpp
+prev, colours = bytearray(stride), Counter()
+for y in range(height):
+    start = y * (stride + 1)
+    kind, line = raw[start], bytearray(raw[start + 1:start + 1 + stride])
+    for x in range(stride):
+        a, b = (line[x - bpp] if x >= bpp else 0), prev[x]
+        c = prev[x - bpp] if x >= bpp else 0
+        p = a + b - c
+        paeth = a if abs(p - a) <= min(abs(p - b), abs(p - c)) else b if abs(p - b) <= abs(p - c) else c
+        line[x] = (line[x] + (0, a, b, (a + b) // 2, paeth)[kind]) & 255
+    colours.update(bytes(line[i:i + 3]) for i in range(0, stride, bpp))
+    prev = line
+print(width * height - colours.most_common(1)[0][1])
+EOF
+}
+
+# The viewer: each sample to a picture, every model showing over the backdrop whichever way
+# its faces turn; a missing and a broken file named with the driver's error title.
+for sample in scene.wrl font.bmp crate.bmp logo.bmp stone.3df "$samples"/*.wrl; do
+    name=$(basename "$sample")
+    "$tools/norvgl-view" "$sample" --out "view-$name.png" >/dev/null 2>&1 ||
+        fail "norvgl-view $name failed"
+    [ -s "view-$name.png" ] || fail "norvgl-view $name saved no picture"
+    if [[ $name == *.wrl ]] && [ "$(drawn_pixels "view-$name.png")" -lt 100 ]; then
+        fail "norvgl-view $name shows nothing but its backdrop"
+    fi
 done
 expect_view_error() { # FILE TEXT
     local out
