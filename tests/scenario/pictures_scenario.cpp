@@ -120,7 +120,7 @@ std::vector<Case> bitmapCases() {
         bool topDown;
         std::int32_t width, height;
         int side;
-    } specs[] = {
+    } rows[] = {
         {"bits4-full-bottomup", 4, 0, 16, 16, false, 64, 64, 64},
         {"bits4-used6-topdown-100x50", 4, 0, 6, 6, true, 100, 50, 128},
         {"bits8-full-bottomup-255x255", 8, 0, 256, 256, false, 255, 255, 128},
@@ -134,7 +134,7 @@ std::vector<Case> bitmapCases() {
     };
     std::mt19937 rng(20240607);
     std::vector<Case> cases;
-    for (const auto& s : specs) {
+    for (const auto& s : rows) {
         Case c{s.name, {}, cases.size() % 2 == 0, s.side, {}};
         if (s.bits == 24) {
             c.colors = randomColors(rng, s.width, s.height);
