@@ -69,7 +69,17 @@ void linkMesh(StoredMesh* mesh) {
     meshStore.meshes = first;
 }
 
-void linkTriple(StateNode* group, BatchTriple* triple) {
+// Fills a triple with `count` vertices of the three arrays, drawn as `type`, and puts it at
+// the head of the group's lists.
+void linkTriple(StateNode* group, BatchTriple* triple, std::int32_t type, const float* positions,
+                const float* normals, const float* texCoords, std::uint32_t count) {
+    triple->position.primitive = type;
+    triple->position.data = positions;
+    triple->position.count = count;
+    triple->normal.data = normals;
+    triple->normal.count = count;
+    triple->texCoord.data = texCoords;
+    triple->texCoord.count = count;
     triple->position.next = group->vertexBatches;
     triple->normal.next = group->normalBatches;
     triple->texCoord.next = group->texCoordBatches;
@@ -177,14 +187,7 @@ int MeshStore_AddVertices(std::uint32_t id, std::int32_t type, std::uint32_t cou
         grown->normal.count += count;
         grown->texCoord.count += count;
     } else {
-        triple->position.primitive = type;
-        triple->position.data = p;
-        triple->position.count = count;
-        triple->normal.data = n;
-        triple->normal.count = count;
-        triple->texCoord.data = t;
-        triple->texCoord.count = count;
-        linkTriple(group, triple);
+        linkTriple(group, triple, type, p, n, t, count);
     }
 
     m3d.positionCursor += static_cast<std::uint32_t>(kPositionFloats * count);
@@ -273,16 +276,9 @@ int MeshStore_AddIndirect(std::uint32_t id, std::int32_t type, std::uint32_t cou
         linkMesh(mesh);
         first = &mesh->first;
     }
-    triple->position.primitive = type;
-    triple->position.data = positions;
     triple->position.indices = indexCount ? indices : nullptr;
     triple->position.indexCount = indexCount;
-    triple->position.count = count;
-    triple->normal.data = normals;
-    triple->normal.count = count;
-    triple->texCoord.data = texCoords;
-    triple->texCoord.count = count;
-    linkTriple(first, triple);
+    linkTriple(first, triple, type, positions, normals, texCoords, count);
     for (std::uint32_t i = 0; i < count; ++i) {
         positions[kPositionFloats * i + 2] = -positions[kPositionFloats * i + 2];
         normals[kNormalFloats * i + 2] = -normals[kNormalFloats * i + 2];
